@@ -1,0 +1,12 @@
+#ifndef ORDWEL_ORDWEL_H
+#define ORDWEL_ORDWEL_H
+
+// Every public header of the library.
+#include <ordwel/buffer.h>
+#include <ordwel/es.h>
+#include <ordwel/export.h>
+#include <ordwel/string_helpers.h>
+#include <ordwel/types.h>
+#include <ordwel/version.h>
+
+#endif

@@ -1,0 +1,250 @@
+#include <ordwel/buffer.h>
+
+#include <cstring>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+
+namespace {
+
+using namespace ordwel;
+using ordwel_test::buffer_of;
+using ordwel_test::text_of;
+
+TEST(buffer, constructors_set_size_and_capacity)
+{
+    buffer const l_default;
+    EXPECT_EQ(l_default.size(), 0u);
+    EXPECT_EQ(l_default.capacity(), 1024u);
+    EXPECT_TRUE(l_default.empty());
+
+    buffer const l_room(100);
+    EXPECT_EQ(l_room.size(), 0u);
+    EXPECT_EQ(l_room.capacity(), 200u);
+
+    buffer const l_filled(100, 7);
+    EXPECT_EQ(l_filled.size(), 100u);
+    EXPECT_EQ(l_filled.capacity(), 200u);
+    for (unsigned char l_byte : l_filled) {
+        ASSERT_EQ(l_byte, 7);
+    }
+
+    buffer const l_zero(0);
+    EXPECT_EQ(l_zero.capacity(), 0u);
+    EXPECT_NE(l_zero.begin(), nullptr);
+
+    unsigned char const l_bytes[] = {1, 2, 3};
+    buffer const l_copied(3, l_bytes);
+    EXPECT_EQ(l_copied.capacity(), 6u);
+    buffer const l_range(l_bytes, l_bytes + 3);
+    EXPECT_EQ(l_range, l_copied);
+
+    buffer l_big(10);
+    l_big.resize(15);
+    buffer const l_copy(l_big);
+    EXPECT_EQ(l_copy.size(), 15u);
+    EXPECT_EQ(l_copy.capacity(), 30u) << "a copy takes 2 x size, not the other's capacity";
+    EXPECT_EQ(buffer::max_size(), 18446744073709551615ull);
+}
+
+// The growth rule at its boundaries: a capacity of 0 doubles the wanted size, small ones double
+// strictly above it, a wanted capacity above 10,000,000 is taken exactly.
+TEST(buffer, growth_rule_table)
+{
+    struct row {
+        uint64 capacity, wanted, expected;
+    } const l_rows[] = {
+        {0, 0, 0},
+        {0, 10, 20},
+        {0, 20000000, 40000000},
+        {1024, 1024, 2048},
+        {1024, 1025, 2048},
+        {1024, 2047, 2048},
+        {1024, 2048, 4096},
+        {1024, 5000, 8192},
+        {1024, 100, 1024},
+        {1024, 10000000, 16777216},
+        {1024, 10000001, 10000001},
+        {20000000, 20000001, 20000001},
+        {16777216, 10000001, 16777216},
+        {10000001, 10000001, 20000002},
+        {1, 0, 1},
+        {3, 3, 6},
+        {~uint64(0) / 2 + 1, ~uint64(0), ~uint64(0)},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(buffer::grown_capacity(l_row.capacity, l_row.wanted), l_row.expected)
+            << l_row.capacity << " -> " << l_row.wanted;
+    }
+}
+
+TEST(buffer, reserve_and_adjust)
+{
+    buffer l_buffer;
+    l_buffer.reserve(1024);
+    EXPECT_EQ(l_buffer.capacity(), 1024u);
+    l_buffer.reserve(1025);
+    EXPECT_EQ(l_buffer.capacity(), 2048u);
+
+    buffer l_exact;
+    l_exact.reserve(5000);
+    EXPECT_EQ(l_exact.capacity(), 8192u);
+
+    buffer l_adjusted;
+    l_adjusted.adjust(1024);
+    EXPECT_EQ(l_adjusted.capacity(), 2048u);
+
+    buffer l_moved(512, 9);
+    l_moved.resize(1024);
+    unsigned char const *const l_before = l_moved.begin();
+    EXPECT_EQ(l_moved.capacity(), 1024u);
+    l_moved.adjust(100);
+    EXPECT_EQ(l_moved.capacity(), 1024u);
+    EXPECT_EQ(l_moved.size(), 100u);
+    EXPECT_EQ(l_moved[99], 9);
+    // adjust always moves the storage; the old block is freed, so only compare addresses loosely.
+    (void)l_before;
+}
+
+TEST(buffer, resize_aggressive_only_changes_large_growth)
+{
+    buffer l_plain(10000000);
+    ASSERT_EQ(l_plain.capacity(), 20000000u);
+    l_plain.resize(20000001);
+    EXPECT_EQ(l_plain.capacity(), 20000001u);
+
+    buffer l_aggressive(10000000);
+    l_aggressive.set_aggressive(true);
+    l_aggressive.resize(20000001);
+    EXPECT_EQ(l_aggressive.capacity(), 30000000u);
+    EXPECT_EQ(l_aggressive.size(), 20000001u);
+
+    buffer l_small;
+    l_small.set_aggressive(true);
+    l_small.resize(1025);
+    EXPECT_EQ(l_small.capacity(), 2048u) << "max(1025, 1536) doubles from 1024 to 2048";
+    l_small.resize(3);
+    EXPECT_EQ(l_small.capacity(), 2048u) << "shrinking keeps the storage";
+}
+
+TEST(buffer, resize_with_fill_touches_only_new_bytes)
+{
+    buffer l_buffer = buffer_of("abcdef");
+    l_buffer.resize(3, 'z');
+    EXPECT_EQ(text_of(l_buffer), "abc");
+    l_buffer.resize(6, 'z');
+    EXPECT_EQ(text_of(l_buffer), "abczzz") << "bytes past the size are refilled, not revealed";
+
+    buffer l_two = buffer_of("ab");
+    l_two.append(3, 0xff);
+    ASSERT_EQ(l_two.size(), 5u);
+    EXPECT_EQ(l_two[2], 0xff);
+    EXPECT_EQ(l_two[4], 0xff);
+}
+
+TEST(buffer, append_and_assign)
+{
+    buffer l_buffer(2);
+    for (int l_round = 0; l_round < 100; ++l_round) {
+        l_buffer.append(reinterpret_cast<unsigned char const *>("xy"), 2);
+    }
+    EXPECT_EQ(l_buffer.size(), 200u);
+    EXPECT_EQ(text_of(l_buffer).substr(196), "xyxy");
+
+    buffer l_target = buffer_of("old content");
+    l_target.assign(buffer_of("new"));
+    EXPECT_EQ(text_of(l_target), "new");
+    l_target += buffer_of("er");
+    EXPECT_EQ(text_of(l_target), "newer");
+    l_target = l_target;
+    EXPECT_EQ(text_of(l_target), "newer");
+
+    l_target.clear();
+    EXPECT_TRUE(l_target.empty());
+    EXPECT_EQ(l_target.capacity(), 22u) << "clear keeps the capacity of \"old content\"";
+    l_target.append(nullptr, uint64(0));
+    EXPECT_TRUE(l_target.empty());
+}
+
+TEST(buffer, self_overlapping_append_and_assign)
+{
+    buffer l_buffer = buffer_of("abcd");
+    ASSERT_EQ(l_buffer.capacity(), 8u);
+    l_buffer.append(l_buffer.begin(), l_buffer.end()); // fits: 8 bytes
+    EXPECT_EQ(text_of(l_buffer), "abcdabcd");
+    l_buffer.append(l_buffer.begin(), l_buffer.end()); // grows while reading itself
+    EXPECT_EQ(text_of(l_buffer), "abcdabcdabcdabcd");
+    l_buffer.append(l_buffer);
+    EXPECT_EQ(l_buffer.size(), 32u);
+
+    l_buffer.assign(l_buffer.begin() + 4, l_buffer.begin() + 8);
+    EXPECT_EQ(text_of(l_buffer), "abcd");
+
+    buffer l_small = buffer_of("xy");
+    l_small.clear();
+    buffer l_source = buffer_of("0123456789");
+    l_small.assign(l_source.begin(), l_source.end());
+    EXPECT_EQ(text_of(l_small), "0123456789");
+    EXPECT_EQ(l_small.capacity(), 16u);
+}
+
+TEST(buffer, comparisons_are_unsigned_bytewise)
+{
+    struct row {
+        std::string left, right;
+        bool less;
+    } const l_rows[] = {
+        {"ab", "abc", true},    {"abc", "abd", true},  {"\x80", "\x01", false},
+        {"\x01", "\x80", true}, {"", "", false},       {"", "a", true},
+        {"b", "abc", false},    {"abc", "abc", false}, {std::string("\0", 1), "", false},
+    };
+    for (row const &l_row : l_rows) {
+        buffer const l_left = buffer_of(l_row.left);
+        buffer const l_right = buffer_of(l_row.right);
+        bool const l_equal = l_row.left == l_row.right;
+        SCOPED_TRACE(l_row.left + " vs " + l_row.right);
+        EXPECT_EQ(l_left < l_right, l_row.less);
+        EXPECT_EQ(l_left == l_right, l_equal);
+        EXPECT_EQ(l_left != l_right, !l_equal);
+        EXPECT_EQ(l_left <= l_right, l_row.less || l_equal);
+        EXPECT_EQ(l_left > l_right, !l_row.less && !l_equal);
+        EXPECT_EQ(l_left >= l_right, !l_row.less);
+    }
+}
+
+TEST(buffer, swap_keeps_each_aggressive_flag)
+{
+    buffer l_aggressive(10000000);
+    l_aggressive.set_aggressive(true);
+    buffer l_plain(10000000);
+    l_plain.resize(1, 'p');
+    l_aggressive.swap(l_plain);
+    EXPECT_EQ(text_of(l_aggressive), "p");
+    l_aggressive.resize(20000001);
+    EXPECT_EQ(l_aggressive.capacity(), 30000000u);
+    l_plain.resize(20000001);
+    EXPECT_EQ(l_plain.capacity(), 20000001u);
+}
+
+TEST(buffer, shared_empty_buffer)
+{
+    EXPECT_EQ(buffer_empty_buffer().size(), 0u);
+    EXPECT_TRUE(buffer_empty_buffer().empty());
+    EXPECT_EQ(buffer_empty_buffer().capacity(), 1024u);
+    EXPECT_EQ(&buffer_empty_buffer(), &buffer_empty_buffer());
+}
+
+TEST(buffer, front_back_and_at_address_the_same_bytes)
+{
+    buffer l_buffer = buffer_of("xyz");
+    l_buffer.front() = 'a';
+    l_buffer.back() = 'c';
+    l_buffer.at(1) = 'b';
+    EXPECT_EQ(text_of(l_buffer), "abc");
+    EXPECT_EQ(&l_buffer.at(2), &l_buffer[2]);
+    EXPECT_EQ(l_buffer.end() - l_buffer.begin(), 3);
+}
+
+} // namespace

@@ -1,0 +1,178 @@
+#include <ordwel/es.h>
+
+#include <functional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ordwel;
+
+// Runs a raise and hands back the caught object's texts seen through std::exception and es::base.
+struct caught {
+    std::string std_what;
+    std::string what;
+    std::string msg;
+    std::string file;
+    uint32 line = 0;
+};
+
+template <class T> caught catch_as(std::function<void()> const &a_raise)
+{
+    caught l_result;
+    try {
+        a_raise();
+        ADD_FAILURE() << "raise returned";
+    } catch (T const &l_error) {
+        auto const &l_base = dynamic_cast<es::base const &>(l_error);
+        l_result.what = l_base.what();
+        l_result.msg = l_base.msg();
+        l_result.file = l_base.file();
+        l_result.line = l_base.line();
+        std::exception const &l_std = l_error;
+        l_result.std_what = l_std.what();
+    }
+    return l_result;
+}
+
+TEST(es, simple_classes_carry_location_and_message_and_match_three_handlers)
+{
+    struct row {
+        char const *name;
+        std::function<void(char const *)> raise;
+        std::function<bool()> caught_as_own;
+    };
+    // Each class must be caught as itself, as es::base and as std::exception; a null message is "n/a".
+#define ORDWEL_ROW(a_class)                                                                                            \
+    row                                                                                                                \
+    {                                                                                                                  \
+#a_class, [](char const *a_msg) { a_class::raise("site.cpp", 7, a_msg); }, [] {          \
+            try {                                                                                  \
+                a_class::raise("site.cpp", 7, "x");                                                \
+            } catch (a_class const &) {                                                            \
+                return true;                                                                       \
+            } catch (...) {                                                                        \
+            }                                                                                      \
+            return false;                                                                          \
+        }                             \
+    }
+    row const l_rows[] = {ORDWEL_ROW(es::alloc),  ORDWEL_ROW(es::arg),    ORDWEL_ROW(es::call),  ORDWEL_ROW(es::inuse),
+                          ORDWEL_ROW(es::null),   ORDWEL_ROW(es::oflow),  ORDWEL_ROW(es::range), ORDWEL_ROW(es::uflow),
+                          ORDWEL_ROW(es::uninit), ORDWEL_ROW(es::unsupp), ORDWEL_ROW(es::uspec)};
+#undef ORDWEL_ROW
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.name);
+        EXPECT_TRUE(l_row.caught_as_own());
+        caught const l_null = catch_as<es::base>([&] { l_row.raise(nullptr); });
+        EXPECT_EQ(l_null.what, "n/a");
+        EXPECT_EQ(l_null.msg, "n/a");
+        EXPECT_EQ(l_null.std_what, "n/a");
+        EXPECT_EQ(l_null.file, "site.cpp");
+        EXPECT_EQ(l_null.line, 7u);
+        EXPECT_EQ(catch_as<std::exception>([&] { l_row.raise(""); }).std_what, "");
+        EXPECT_EQ(catch_as<es::base>([&] { l_row.raise("boom"); }).msg, "boom");
+    }
+}
+
+TEST(es, texts_are_owned_copies)
+{
+    std::string l_file = "short-lived.cpp";
+    std::string l_msg = "short-lived message";
+    try {
+        es::arg::raise(l_file.c_str(), 3, l_msg.c_str());
+    } catch (es::arg const &l_error) {
+        l_file.assign(l_file.size(), 'x');
+        l_msg.assign(l_msg.size(), 'y');
+        EXPECT_STREQ(l_error.file(), "short-lived.cpp");
+        EXPECT_STREQ(l_error.what(), "short-lived message");
+    }
+}
+
+TEST(es, call_with_error_number_composes_bounded_text)
+{
+    struct row {
+        int error;
+        char const *msg;
+        std::string expected;
+    } const l_rows[] = {
+        {5, "open failed", "open failed (err = 5)"},
+        {5, nullptr, "n/a (err = 5)"},
+        {-22, "bad", "bad (err = -22)"},
+        {0, "", " (err = 0)"},
+    };
+    for (row const &l_row : l_rows) {
+        caught const l_caught = catch_as<es::call>([&] { es::call::raise(l_row.error, "c.cpp", 1, l_row.msg); });
+        EXPECT_EQ(l_caught.what, l_row.expected);
+        EXPECT_EQ(l_caught.file, "c.cpp");
+    }
+    std::string const l_long(1000, 'm');
+    caught const l_cut = catch_as<es::call>([&] { es::call::raise(1, "c.cpp", 1, l_long.c_str()); });
+    EXPECT_EQ(l_cut.what, std::string(255, 'm'));
+}
+
+TEST(es, file_composes_what_from_operation_subject_and_reason)
+{
+    try {
+        es::file::raise("f.cpp", 12, "denied", "open", "a.txt");
+    } catch (es::file &l_error) {
+        es::base const &l_base = l_error;
+        EXPECT_STREQ(l_error.what(), "Failed to open file a.txt (denied)");
+        EXPECT_STREQ(l_base.msg(), "Failed to open file a.txt (denied)");
+        EXPECT_EQ(l_base.message(), "");
+
+        l_error.set_subject_file("b.txt");
+        EXPECT_EQ(l_error.get_subject_file(), "b.txt");
+        EXPECT_STREQ(l_error.what(), "Failed to open file b.txt (denied)");
+        l_error.set_subject_file(l_error.get_subject_file());
+        EXPECT_EQ(l_error.get_subject_file(), "b.txt");
+        EXPECT_STREQ(l_base.file(), "f.cpp");
+        EXPECT_EQ(l_base.line(), 12u);
+
+        es::file const l_copy(l_error);
+        EXPECT_EQ(l_copy.get_subject_file(), "b.txt");
+        EXPECT_STREQ(l_copy.what(), "Failed to open file b.txt (denied)");
+        EXPECT_STREQ(static_cast<es::base const &>(l_copy).file(), "f.cpp");
+    }
+    caught const l_no_subject = catch_as<std::exception>([] { es::file::raise("f.cpp", 1, "gone", "read"); });
+    EXPECT_EQ(l_no_subject.std_what, "Failed to read file  (gone)");
+}
+
+TEST(es, api_code_keeps_code_and_message)
+{
+    try {
+        es::api_code::raise("a.cpp", 4, -3, std::string("custom failure"));
+    } catch (es::api_code const &l_error) {
+        EXPECT_EQ(l_error.code(), -3);
+        EXPECT_STREQ(l_error.what(), "custom failure");
+        es::api_code const l_copy(l_error);
+        EXPECT_EQ(l_copy.code(), -3);
+    }
+}
+
+TEST(es, test_fail_what_is_fixed_and_message_kept)
+{
+    caught const l_caught = catch_as<es::base>([] { test::fail::raise("t.cpp", 9, "expected 3"); });
+    EXPECT_EQ(l_caught.what, "unit-test");
+    EXPECT_EQ(l_caught.msg, "unit-test");
+    EXPECT_EQ(l_caught.std_what, "unit-test");
+    EXPECT_EQ(l_caught.line, 9u);
+    try {
+        test::fail::raise("t.cpp", 9, "expected 3");
+    } catch (test::fail const &l_fail) {
+        EXPECT_EQ(l_fail.message(), "expected 3");
+    }
+}
+
+TEST(es, here_macro_gives_file_name_without_directories)
+{
+    static_assert(source_basename("a/b/c.cpp")[0] == 'c', "");
+    EXPECT_STREQ(source_basename("/x/y/z.cpp"), "z.cpp");
+    EXPECT_STREQ(source_basename("x\\y\\w.cpp"), "w.cpp");
+    EXPECT_STREQ(source_basename("plain.cpp"), "plain.cpp");
+    caught const l_caught = catch_as<es::base>([] { es::uspec::raise(ORDWEL_HERE, "here"); });
+    EXPECT_EQ(l_caught.file, "es_test.cpp");
+    EXPECT_GT(l_caught.line, 0u);
+}
+
+} // namespace
