@@ -5,6 +5,7 @@
 #include <ordwel/buffer.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/optparser.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
