@@ -3,8 +3,10 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/ds.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/object.h>
 #include <ordwel/optparser.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/types.h>
