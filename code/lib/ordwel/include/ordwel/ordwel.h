@@ -6,6 +6,7 @@
 #include <ordwel/es.h>
 #include <ordwel/export.h>
 #include <ordwel/string_helpers.h>
+#include <ordwel/strutil.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
 
