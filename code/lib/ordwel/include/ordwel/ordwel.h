@@ -8,6 +8,7 @@
 #include <ordwel/export.h>
 #include <ordwel/object.h>
 #include <ordwel/string_helpers.h>
+#include <ordwel/strutil.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
 
