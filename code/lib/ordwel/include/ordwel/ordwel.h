@@ -9,6 +9,7 @@
 #include <ordwel/object.h>
 #include <ordwel/optparser.h>
 #include <ordwel/string_helpers.h>
+#include <ordwel/strutil.h>
 #include <ordwel/test.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
