@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include <ordwel/strutil.h>
+
 #include "platform/console.h"
 
 namespace ordwel {
@@ -24,33 +26,13 @@ bool is_value_word(char const *a_word)
     return a_word[0] != '-' || a_word[1] == '\0' || (a_word[1] >= '0' && a_word[1] <= '9');
 }
 
-// The escaping of HTML's three special characters, one table built on first use. One pass over the
-// text, so an ampersand that a replacement brings in is never escaped again.
-struct html_escape_table {
-    char const *m_replacement[256];
-
-    html_escape_table() : m_replacement()
-    {
-        m_replacement[static_cast<unsigned char>('<')] = "&lt;";
-        m_replacement[static_cast<unsigned char>('>')] = "&gt;";
-        m_replacement[static_cast<unsigned char>('&')] = "&amp;";
-    }
-};
-
+// HTML's three special characters and their entities, one table built on first use. strutil's
+// table replacement works in one pass, so an ampersand that a replacement brings in is never
+// escaped again.
 std::string html_escaped(std::string const &a_text)
 {
-    static html_escape_table const k_table;
-    std::string l_result;
-    l_result.reserve(a_text.size());
-    for (char const l_char : a_text) {
-        char const *const l_replacement = k_table.m_replacement[static_cast<unsigned char>(l_char)];
-        if (l_replacement != nullptr) {
-            l_result += l_replacement;
-        } else {
-            l_result += l_char;
-        }
-    }
-    return l_result;
+    static std::map<char, std::string> const k_table = {{'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}};
+    return strutil::string_replaced(a_text, k_table);
 }
 
 // A callback's result below -1 is outside its contract; it counts as 0 (no word used), so the scan
