@@ -7,6 +7,15 @@
 
 #include <gtest/gtest.h>
 
+#if !defined(_WIN32)
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+#endif
+
 namespace {
 
 using namespace ordwel;
@@ -575,5 +584,67 @@ TEST(optparser_help, copies_carry_the_layout)
               }),
               blanks(16) + "one two &lt;three&gt;\n");
 }
+
+#if !defined(_WIN32)
+// Standard output on a pseudo terminal of 100 columns while a_write runs; gives what reached the
+// terminal.
+template <class F> std::string terminal_output(F a_write)
+{
+    int const l_master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (l_master < 0 || grantpt(l_master) != 0 || unlockpt(l_master) != 0) {
+        ADD_FAILURE() << "no pseudo terminal";
+        return std::string();
+    }
+    int const l_slave = open(ptsname(l_master), O_RDWR | O_NOCTTY);
+    termios l_mode{};
+    tcgetattr(l_slave, &l_mode);
+    cfmakeraw(&l_mode);
+    tcsetattr(l_slave, TCSANOW, &l_mode);
+    winsize l_size{};
+    l_size.ws_col = 100;
+    l_size.ws_row = 40;
+    ioctl(l_slave, TIOCSWINSZ, &l_size);
+
+    std::fflush(stdout);
+    int const l_saved = dup(1);
+    dup2(l_slave, 1);
+    {
+        recorder l_recorder;
+        arg::optparser l_parser(&l_recorder);
+        a_write(l_parser);
+    }
+    std::fflush(stdout);
+    dup2(l_saved, 1);
+    close(l_saved);
+    close(l_slave);
+
+    std::string l_output;
+    char l_chunk[4096];
+    int const l_flags = fcntl(l_master, F_GETFL);
+    fcntl(l_master, F_SETFL, l_flags | O_NONBLOCK);
+    for (ssize_t l_count; (l_count = read(l_master, l_chunk, sizeof l_chunk)) > 0;) {
+        l_output.append(l_chunk, static_cast<std::size_t>(l_count));
+    }
+    close(l_master);
+    return l_output;
+}
+
+TEST(optparser_help, terminal_gets_bold_marks_in_order_and_its_width)
+{
+    std::string const l_output = terminal_output([](arg::optparser &a_parser) {
+        EXPECT_TRUE(a_parser.set_max_text_line_width());
+        a_parser.add_opt('a', "another", 0, 0);
+        a_parser.add_desc_indent1("OPTIONS");
+        a_parser.add_desc(97, ("x!S!y!SE! !SA!z!SAE! " + std::string(62, 'w') + " v").c_str());
+        a_parser.clear_screen();
+    });
+    std::string const l_bold = "\x1b[1m";
+    std::string const l_normal = "\x1b[22m";
+    // The width is the terminal's less 8: 92, so the 62-letter word still fits behind "xy <z> ".
+    EXPECT_EQ(l_output, l_bold + "OPTIONS\n" + l_normal + blanks(20) + l_bold + "-a\n" + l_normal + blanks(13) +
+                            l_bold + "--another  " + l_normal + "x" + l_bold + "y" + l_normal + " <z> " +
+                            std::string(62, 'w') + "\n" + blanks(24) + "v\n\x1b[2J\x1b[H");
+}
+#endif
 
 } // namespace
