@@ -5,7 +5,9 @@
 #include <ordwel/buffer.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/fraction.h>
 #include <ordwel/string_helpers.h>
+#include <ordwel/timestamp.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
 
