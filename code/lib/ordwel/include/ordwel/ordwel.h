@@ -7,6 +7,7 @@
 #include <ordwel/export.h>
 #include <ordwel/fraction.h>
 #include <ordwel/string_helpers.h>
+#include <ordwel/timecode.h>
 #include <ordwel/timestamp.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
