@@ -3,6 +3,7 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/clock.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
 #include <ordwel/fraction.h>

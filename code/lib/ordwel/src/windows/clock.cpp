@@ -47,7 +47,10 @@ bool clock_gmtime(std::time_t a_time, std::tm *a_result)
 
 bool clock_ctime(std::time_t a_time, char (&a_text)[32])
 {
-    return ctime_s(a_text, sizeof a_text, &a_time) == 0;
+    // ctime_s is asctime_s over localtime_s; the two steps are taken apart because some runtimes'
+    // ctime_s refuse the time 0 (the epoch itself), which localtime_s accepts.
+    std::tm l_tm{};
+    return localtime_s(&l_tm, &a_time) == 0 && asctime_s(a_text, sizeof a_text, &l_tm) == 0;
 }
 
 } // namespace platform
