@@ -3,12 +3,16 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/clock.h>
 #include <ordwel/ds.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/fraction.h>
 #include <ordwel/object.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
+#include <ordwel/timecode.h>
+#include <ordwel/timestamp.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
 
