@@ -3,8 +3,10 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/conv.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/path.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
 #include <ordwel/types.h>
