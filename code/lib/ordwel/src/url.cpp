@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "url_scan.h"
+
 namespace ordwel {
 
 namespace {
@@ -65,19 +67,25 @@ struct url_layout {
     size_type m_b = 0;         // end of the authority, start of the path
 };
 
+// The fragment's start and the scheme: whatever stands in front of the first ':', unless a '/' or
+// '#' comes first.
+void scan_scheme(char const *a_data, size_type a_size, url_layout &a_layout)
+{
+    size_type const l_e = find_byte(a_data, '#', 0, a_size);
+    a_layout.m_e = l_e;
+    size_type const l_d = find_any<':', '/'>(a_data, 0, l_e);
+    if (l_d < l_e && a_data[l_d] == ':') {
+        a_layout.m_has_scheme = true;
+        a_layout.m_d = l_d;
+        a_layout.m_s = l_d + 1;
+    }
+}
+
 url_layout scan(char const *a_data, size_type a_size)
 {
     url_layout l_layout;
-    size_type const l_e = find_byte(a_data, '#', 0, a_size);
-    l_layout.m_e = l_e;
-
-    // A scheme is whatever stands in front of the first ':', unless a '/' or '#' comes first.
-    size_type const l_d = find_any<':', '/'>(a_data, 0, l_e);
-    if (l_d < l_e && a_data[l_d] == ':') {
-        l_layout.m_has_scheme = true;
-        l_layout.m_d = l_d;
-        l_layout.m_s = l_d + 1;
-    }
+    scan_scheme(a_data, a_size, l_layout);
+    size_type const l_e = l_layout.m_e;
     size_type const l_s = l_layout.m_s;
     if (l_s + 2 > l_e || a_data[l_s] != '/' || a_data[l_s + 1] != '/') {
         l_layout.m_a = l_layout.m_b = l_s;
@@ -378,6 +386,13 @@ std::string &set_delimited(std::string &a_url, size_type a_from, size_type a_to,
 }
 
 } // namespace
+
+url_scan::front url_scan::front_of(char const *a_data, std::string::size_type a_size)
+{
+    url_layout l_layout;
+    scan_scheme(a_data, a_size, l_layout);
+    return front{l_layout.m_e, l_layout.m_s};
+}
 
 // --- Reading ------------------------------------------------------------------------------------
 

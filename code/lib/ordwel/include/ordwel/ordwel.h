@@ -7,6 +7,7 @@
 #include <ordwel/export.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/types.h>
+#include <ordwel/uri_ids.h>
 #include <ordwel/url.h>
 #include <ordwel/version.h>
 
