@@ -3,9 +3,12 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/ds.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/object.h>
 #include <ordwel/string_helpers.h>
+#include <ordwel/strutil.h>
 #include <ordwel/types.h>
 #include <ordwel/uri_ids.h>
 #include <ordwel/url.h>
