@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include <ordwel/strutil.h>
+
 #include "url_scan.h"
 
 namespace ordwel {
@@ -298,19 +300,21 @@ void for_each_pair(char const *a_data, size_type a_size, char a_pair, char a_kv,
     }
 }
 
+// Undecoded, this is strutil::kvmap_with_kvstr. Decoded, each key and value is decoded after the
+// split, and pairs go into the map in the text's order, so that of keys that decode alike the last
+// one in the text wins.
 void add_pairs(kvmap &a_out, std::string const &a_component, bool a_decode, char a_pair, char a_kv)
 {
+    if (!a_decode) {
+        strutil::kvmap_with_kvstr(a_out, a_component, a_pair, a_kv);
+        return;
+    }
     for_each_pair(a_component.data(), a_component.size(), a_pair, a_kv,
                   [&](char const *a_key, size_type a_key_size, char const *a_value, size_type a_value_size) {
                       std::string l_key;
                       std::string l_value;
-                      if (a_decode) {
-                          append_decoded(l_key, a_key, a_key_size);
-                          append_decoded(l_value, a_value, a_value_size);
-                      } else {
-                          l_key.assign(a_key, a_key_size);
-                          l_value.assign(a_value, a_value_size);
-                      }
+                      append_decoded(l_key, a_key, a_key_size);
+                      append_decoded(l_value, a_value, a_value_size);
                       a_out[std::move(l_key)] = std::move(l_value);
                   });
 }
@@ -318,17 +322,21 @@ void add_pairs(kvmap &a_out, std::string const &a_component, bool a_decode, char
 // The text of a map as strutil::kvstr_with_kvmap writes it, each key and value encoded on demand.
 std::string kvtext(kvmap const &a_values, bool a_encode, char a_pair, char a_kv)
 {
+    if (!a_encode) {
+        return strutil::kvstr_with_kvmap(a_values, a_pair, a_kv);
+    }
+    // Encoding keeps the map's key order: the keys are encoded one by one as they are written.
     std::string l_text;
     for (auto const &l_entry : a_values) {
         if (!l_entry.first.empty()) {
             if (!l_text.empty()) {
                 l_text.push_back(a_pair);
             }
-            l_text.append(encoded(l_entry.first, a_encode, true));
+            l_text.append(url_encode(l_entry.first, true));
         }
         if (!l_entry.second.empty()) {
             l_text.push_back(a_kv);
-            l_text.append(encoded(l_entry.second, a_encode, true));
+            l_text.append(url_encode(l_entry.second, true));
         }
     }
     return l_text;

@@ -1,6 +1,7 @@
 #include <ordwel/url.h>
 
 #include <ordwel/string_helpers.h>
+#include <ordwel/strutil.h>
 
 #include <functional>
 #include <map>
@@ -241,6 +242,21 @@ TEST(url, kvmap_getters_split_before_they_decode)
     url_params_kvmap(l_out, "x:/p;c", false, ';', '=');
     url_fragment_kvmap(l_out, "x:#d=%34", true, '&', '=');
     EXPECT_EQ(l_out, (kvmap{{"a", "new"}, {"b", "2"}, {"c", ""}, {"d", "4"}, {"z", "kept"}}));
+}
+
+// Without any '%' decoding changes nothing: the decoding split must cut exactly where the plain one does.
+TEST(url, decoding_split_cuts_like_the_plain_one)
+{
+    char const *const l_texts[] = {"",    "a",     "a=1&b=2", "a=1&&b", "&",     "=",    "a=b=c&d",
+                                   "&a&", "==&==", "a&b=",    "=v",     "a=1&a", "k=&k", "\xff=\x80&;"};
+    for (char const *const l_text : l_texts) {
+        for (char const l_kv : {'=', '&', '\0', ';'}) {
+            std::string const l_url = std::string("x:?") + l_text;
+            EXPECT_EQ(url_query_kvmap(l_url, true, '&', l_kv), strutil::kvmap_with_kvstr(l_text, '&', l_kv))
+                << l_text << " kv " << static_cast<int>(l_kv);
+            EXPECT_EQ(url_query_kvmap(l_url, false, '&', l_kv), strutil::kvmap_with_kvstr(l_text, '&', l_kv));
+        }
+    }
 }
 
 TEST(url, split_scheme_keeps_the_separator_behind)
