@@ -16,6 +16,8 @@
 #include <ordwel/timecode.h>
 #include <ordwel/timestamp.h>
 #include <ordwel/types.h>
+#include <ordwel/uri_ids.h>
+#include <ordwel/url.h>
 #include <ordwel/version.h>
 
 #endif
