@@ -10,9 +10,11 @@
 #include <ordwel/export.h>
 #include <ordwel/fraction.h>
 #include <ordwel/object.h>
+#include <ordwel/optparser.h>
 #include <ordwel/path.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
+#include <ordwel/test.h>
 #include <ordwel/timecode.h>
 #include <ordwel/timestamp.h>
 #include <ordwel/types.h>
