@@ -115,6 +115,7 @@ TEST(toolbox_selftest, built_in_cases_pass_and_selection_narrows)
         {"ordkin/parseopt/parse14", "1 passed, 0 failed"},
         {"ordwel/object_refcount", "4 passed, 0 failed"},
         {"ordwel/types", "10 passed, 0 failed"},
+        {"ordwel/timecode", "11 passed, 0 failed"},
     };
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(l_row.selector);
