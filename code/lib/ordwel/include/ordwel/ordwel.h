@@ -3,12 +3,18 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/callqueue.h>
+#include <ordwel/condition.h>
 #include <ordwel/ds.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/mutex.h>
 #include <ordwel/object.h>
+#include <ordwel/rwlock.h>
+#include <ordwel/semaphore.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
+#include <ordwel/thread.h>
 #include <ordwel/types.h>
 #include <ordwel/version.h>
 

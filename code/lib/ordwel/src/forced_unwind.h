@@ -1,0 +1,20 @@
+#ifndef ORDWEL_SRC_FORCED_UNWIND_H
+#define ORDWEL_SRC_FORCED_UNWIND_H
+
+// With glibc, pthread_exit and a cancellation leave a thread by unwinding its stack with a special
+// exception. A catch-all clause must let it pass on, or the C library aborts the process: every
+// catch (...) of the library that can see a thread end stands behind ORDWEL_PASS_FORCED_UNWIND.
+#include <pthread.h>
+
+#if defined(__GLIBC__) && defined(__GLIBCXX__)
+#include <cxxabi.h>
+#define ORDWEL_PASS_FORCED_UNWIND                                                                                      \
+    catch (abi::__forced_unwind &)                                                                                     \
+    {                                                                                                                  \
+        throw;                                                                                                         \
+    }
+#else
+#define ORDWEL_PASS_FORCED_UNWIND
+#endif
+
+#endif
