@@ -25,6 +25,18 @@ bool on_owner()
     return pthread_equal(pthread_self(), s_owner) != 0;
 }
 
+// Runs a queued call and drops whatever it raises; only the end of the owner's thread passes.
+ORDWEL_PASSES_FORCED_UNWIND void call_dropping_exceptions(callqueue_object &a_call)
+{
+    try {
+        a_call();
+    }
+    ORDWEL_PASS_FORCED_UNWIND
+    catch (...)
+    {
+    }
+}
+
 } // namespace
 
 callqueue_object::callqueue_object() : object_refcount(), m_id(), m_mutex(false), m_condition()
@@ -178,13 +190,7 @@ void callqueue::run()
         callqueue_object &l_call = *l_pending.m_call;
         scoped_mutex::lock const l_call_lock(l_call.m_mutex);
         call_end const l_end{l_call, l_pending.m_ended.get()};
-        try {
-            l_call();
-        }
-        ORDWEL_PASS_FORCED_UNWIND
-        catch (...)
-        {
-        }
+        call_dropping_exceptions(l_call);
     }
 }
 
@@ -205,13 +211,7 @@ void callqueue::exit()
     for (ptr_refcount<callqueue_object> &l_ref : l_calls) {
         callqueue_object &l_call = *l_ref;
         scoped_mutex::lock const l_call_lock(l_call.m_mutex);
-        try {
-            l_call();
-        }
-        ORDWEL_PASS_FORCED_UNWIND
-        catch (...)
-        {
-        }
+        call_dropping_exceptions(l_call);
     }
 }
 

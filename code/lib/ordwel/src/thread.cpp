@@ -28,7 +28,7 @@ pthread_t &native(unsigned char (&a_storage)[thread::k_native_size])
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wexceptions"
 #endif
-void *thread_start(void *a_body)
+ORDWEL_PASSES_FORCED_UNWIND void *thread_start(void *a_body)
 {
     try {
         (*static_cast<thread_base *>(a_body))();
