@@ -108,6 +108,9 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
             string_with_format("Cannot add '%s' call to callqueue: callqueue has already exit()ed.", a_id.c_str())
                 .c_str());
     }
+    if (!a_call) {
+        es::null::raise(ORDWEL_HERE, "callqueue call is null");
+    }
     callqueue_object &l_call = *a_call;
     {
         // The id is written under the list mutex: the same object may be handed over by two
@@ -146,6 +149,9 @@ void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_call, std::string
 {
     if (exited()) {
         es::call::raise(ORDWEL_HERE, "Cannot add call to callqueue: callqueue has already exit()ed.");
+    }
+    if (!a_call) {
+        es::null::raise(ORDWEL_HERE, "callqueue call is null");
     }
     scoped_mutex::lock const l_lock(m_calls_mutex);
     a_call->set_id(a_id);

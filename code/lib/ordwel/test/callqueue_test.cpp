@@ -263,6 +263,17 @@ TEST(callqueue, raising_calls_are_dropped_and_the_rest_run)
     EXPECT_NO_THROW(queue().run()) << "nothing pending";
 }
 
+TEST(callqueue, null_call_is_refused)
+{
+    EXPECT_EQ(raised_text([] { queue().add_call(ptr_refcount<callqueue_object>(), "null", 0); }),
+              "callqueue call is null");
+    EXPECT_EQ(raised_text([] { queue().add_exit_call(ptr_refcount<callqueue_object>(), "null", callqueue_unique); }),
+              "callqueue call is null");
+    auto const l_call = make_call();
+    queue().add_call(l_call, "null", callqueue_unique);
+    EXPECT_EQ(l_call->m_runs, 1) << "a refused call leaves no id behind";
+}
+
 TEST(callqueue, run_and_exit_belong_to_the_owner)
 {
     std::string l_run;

@@ -67,7 +67,8 @@ public:
     callqueue &operator=(callqueue const &) = delete;
 
     // Hands a call over; see e_callqueue_flag. On the owner a call without callqueue_deferred runs
-    // at once, and its exception reaches the caller. Raises es::call once exit() has begun.
+    // at once, and its exception reaches the caller. Raises es::call once exit() has begun, and
+    // es::null for a null call.
     void add_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags);
     // Adds a call for exit() to run; only callqueue_unique counts among the flags.
     void add_exit_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags);
