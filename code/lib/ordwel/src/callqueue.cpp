@@ -112,6 +112,15 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
         es::null::raise(ORDWEL_HERE, "callqueue call is null");
     }
     callqueue_object &l_call = *a_call;
+    bool const l_owner = on_owner();
+    bool const l_blocking = !l_owner && (a_flags & callqueue_blocking) != 0;
+    bool const l_at_once = l_owner && (a_flags & callqueue_deferred) == 0;
+    // A call that is simply queued takes the list mutex once: its list node is made beforehand
+    // and moved in with the id and the unique check.
+    std::list<pending> l_node;
+    if (!l_blocking && !l_at_once) {
+        l_node.push_back(pending{std::move(a_call), nullptr});
+    }
     {
         // The id is written under the list mutex: the same object may be handed over by two
         // threads at once.
@@ -120,29 +129,29 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
         if ((a_flags & callqueue_unique) != 0 && !m_unique_ids.insert(a_id).second) {
             return;
         }
-    }
-    if (on_owner()) {
-        if ((a_flags & callqueue_deferred) == 0) {
-            l_call();
+        if (!l_node.empty()) {
+            m_calls.splice(m_calls.end(), l_node);
             return;
         }
-    } else if ((a_flags & callqueue_blocking) != 0) {
-        // The object's mutex is held from before the call can be seen in the list until the wait
-        // gives it up, and run() needs it to begin the call: the owner can neither start nor end
-        // the call before this thread sleeps.
-        auto const l_ended = std::make_shared<bool>(false);
-        scoped_mutex::lock const l_call_lock(l_call.m_mutex);
-        {
-            scoped_mutex::lock const l_lock(m_calls_mutex);
-            m_calls.push_back(pending{a_call, l_ended});
-        }
-        while (!*l_ended) {
-            l_call.wait();
-        }
+    }
+    if (l_at_once) {
+        l_call();
         return;
     }
-    scoped_mutex::lock const l_lock(m_calls_mutex);
-    m_calls.push_back(pending{std::move(a_call), nullptr});
+    // The object's mutex is held from before the call can be seen in the list until the wait gives
+    // it up, and run() needs it to begin the call: the owner can neither start nor end the call
+    // before this thread sleeps. The caller waits for the mark of its own entry.
+    l_node.push_back(pending{a_call, std::make_shared<bool>(false)});
+    bool const &l_ended = *l_node.back().m_ended;
+    std::shared_ptr<bool> const l_keep = l_node.back().m_ended;
+    scoped_mutex::lock const l_call_lock(l_call.m_mutex);
+    {
+        scoped_mutex::lock const l_lock(m_calls_mutex);
+        m_calls.splice(m_calls.end(), l_node);
+    }
+    while (!l_ended) {
+        l_call.wait();
+    }
 }
 
 void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags)
