@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <ordwel/es.h>
+#include <ordwel/string_helpers.h>
 
 namespace {
 
@@ -120,6 +121,22 @@ TEST(timecode, initialisation)
     // The nominal base and truncation: 1/3 s at 25 is frame 8.
     EXPECT_EQ(text(timecode_with_timestamp(tc::mode_25, timestamp(1, 3), 1)), "00:00:00:08");
     EXPECT_EQ(text(timecode_with_timestamp(tc::mode_29_97, timestamp(600, 1), 1)), "00:10:00;18");
+    // Both ways of counting frames agree: one product when it fits, split by whole seconds when not.
+    struct row {
+        unsigned long long time, resolution;
+        unsigned int frames;
+    } const l_rows[] = {
+        {90000ull * 3600, 90000, 90000},
+        {1ull << 60, 1ull << 40, 25u << 20},
+        {0xFFFFFFFFFFFFFFFFull, 0xFFFFFFFFFFFFFFFFull, 25},
+        {0xFFFFFFFFFFFFFFFFull, 1ull << 62, 75}, // base·(t mod r) wraps in 64 bits
+        {7, 0, 0},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(timecode_with_timestamp(tc::mode_25, timestamp(l_row.time, l_row.resolution), 1).total_frames(),
+                  l_row.frames)
+            << l_row.time << "/" << l_row.resolution;
+    }
 }
 
 TEST(timecode, comparisons)
@@ -187,6 +204,26 @@ TEST(timecode, separators)
         EXPECT_EQ(string_with_timecode(tc(l_row.mode, 1, 2, 3, 4, 1), l_row.flag), l_row.expected);
     }
     EXPECT_EQ(text(tc(tc::mode_60, 123, 0, 0, 7, 1)), "123:00:00:07");
+}
+
+// The text is written without printf; it must match "%02u:%02u:%02u%c%02u" on every field size.
+TEST(timecode, text_matches_printf_form)
+{
+    unsigned int const l_positions[] = {0, 1, 9, 10, 99, 100, 1799, 1802, 107892, 2591999, 359999999, 0xFFFFFFFFu};
+    unsigned int const l_bases[] = {1, 24, 30, 60, 150, 255, 0};
+    for (unsigned int l_base : l_bases) {
+        for (unsigned int l_position : l_positions) {
+            tc l_value(tc::mode_25);
+            l_value.denom(l_base);
+            l_value.numer(l_position);
+            std::string const l_expected = string_with_format("%02u:%02u:%02u%c%02u", l_value.hour(), l_value.minute(),
+                                                              l_value.second(), ':', l_value.frame());
+            EXPECT_EQ(text(l_value), l_expected) << l_position << " at " << l_base;
+            unsigned int const l_word = (l_value.hour() & 0xFFu) << 24 | (l_value.minute() & 0xFFu) << 16 |
+                                        (l_value.second() & 0xFFu) << 8 | (l_value.frame() & 0xFFu);
+            EXPECT_EQ(l_value.as_quicktime_tmcd(), l_word) << l_position << " at " << l_base;
+        }
+    }
 }
 
 TEST(timecode, stepping_at_29_97)
