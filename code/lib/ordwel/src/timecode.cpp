@@ -443,24 +443,22 @@ void timecode::decrement(unsigned int a_frames)
     u64 const l_minute = u64(m_denom) * 60u;
     if (l_k != 0 && l_minute > l_k) {
         dropframe const l_drop{l_k, l_minute};
-        u64 const l_count = l_drop.count_of(m_numer);
-        if (l_count < a_frames) {
-            // Before 00:00:00;00 the frame count wraps in 32 bits, as the plain modes' position does.
-            m_numer = static_cast<unsigned int>(l_drop.label_of(static_cast<unsigned int>(l_count - a_frames)));
-            return;
-        }
+        long long const l_back = static_cast<long long>(l_drop.count_of(m_numer)) - static_cast<long long>(a_frames);
         // Steps that increment makes exactly (all up to a minute less the skipped labels) are
         // undone by counting back.
-        u64 const l_back = l_count - a_frames;
-        u64 const l_label = l_drop.label_of(l_back);
-        if (l_drop.stepped(l_label, a_frames) == m_numer) {
-            m_numer = static_cast<unsigned int>(l_label);
-            return;
+        if (l_back >= 0) {
+            u64 const l_label = l_drop.label_of(static_cast<u64>(l_back));
+            if (l_drop.stepped(l_label, a_frames) == m_numer) {
+                m_numer = static_cast<unsigned int>(l_label);
+                return;
+            }
         }
-        // A longer step counts the minutes it crosses nominally and can land further on; find the
-        // shown label it came from. stepped() rises strictly over shown labels, so search it.
-        u64 l_low = l_back + 1;
-        u64 l_high = l_back + u64(l_k) * (a_frames / l_minute + 2) + 1;
+        // A longer step counts the minutes it crosses nominally and lands further on than the true
+        // count, by less than k labels per minute crossed; find the shown label it came from.
+        // stepped() rises strictly over shown labels, so a binary search finds it.
+        long long const l_reach = static_cast<long long>(l_k * (a_frames / l_minute + 2) + 1);
+        u64 l_low = static_cast<u64>(l_back > 0 ? l_back : 0);
+        u64 l_high = static_cast<u64>(l_back + l_reach > 0 ? l_back + l_reach : 0);
         while (l_low < l_high) {
             u64 const l_middle = l_low + (l_high - l_low) / 2;
             if (l_drop.stepped(l_drop.label_of(l_middle), a_frames) < m_numer) {
@@ -470,7 +468,14 @@ void timecode::decrement(unsigned int a_frames)
             }
         }
         u64 const l_found = l_drop.label_of(l_low);
-        m_numer = static_cast<unsigned int>(l_drop.stepped(l_found, a_frames) == m_numer ? l_found : l_label);
+        if (l_drop.stepped(l_found, a_frames) == m_numer) {
+            m_numer = static_cast<unsigned int>(l_found);
+        } else if (l_back >= 0) {
+            m_numer = static_cast<unsigned int>(l_drop.label_of(static_cast<u64>(l_back)));
+        } else {
+            // Before 00:00:00;00 the frame count wraps in 32 bits, as the plain modes' position does.
+            m_numer = static_cast<unsigned int>(l_drop.label_of(static_cast<unsigned int>(l_back)));
+        }
         return;
     }
     if (m_mode == mode_23_976) {

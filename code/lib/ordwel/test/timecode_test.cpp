@@ -355,6 +355,16 @@ TEST(timecode, decrement_counts_back_in_drop_frame)
     l_value = tc(tc::mode_59_94, 1, 0, 0, 0, 1);
     l_value -= 216000 - 215784;
     EXPECT_EQ(l_value.total_frames(), 215784u - 216u);
+    // A long step from near zero: increment counts its minutes nominally and lands on a label whose
+    // true count is below the step; the way back still finds the start.
+    for (tc::mode_type l_mode : {tc::mode_29_97, tc::mode_59_94}) {
+        tc const l_start(l_mode, 0, 0, 0, 4, 1);
+        l_value = l_start;
+        l_value += 6223684;
+        EXPECT_LE(l_value.total_frames(), 6223684u);
+        l_value -= 6223684;
+        EXPECT_EQ(l_value, l_start) << tc::mode_c_str(l_mode);
+    }
     // Plain modes subtract and wrap.
     tc l_plain(tc::mode_25, 0, 0, 0, 3, 2);
     l_plain--;
