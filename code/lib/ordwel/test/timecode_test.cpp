@@ -344,6 +344,34 @@ TEST(timecode, decrement_undoes_increment_at_every_minute)
     }
 }
 
+// Long and short steps from labels spread over several days: -= n undoes += n from every label
+// that drop-frame counting shows.
+TEST(timecode, decrement_undoes_long_steps)
+{
+    unsigned long long l_state = 0x9E3779B97F4A7C15ull;
+    auto l_next = [&l_state](unsigned int a_limit) {
+        l_state = l_state * 6364136223846793005ull + 1442695040888963407ull;
+        return static_cast<unsigned int>((l_state >> 33) % a_limit);
+    };
+    for (int l_round = 0; l_round < 20000; ++l_round) {
+        tc::mode_type const l_mode =
+            l_round % 3 == 0 ? tc::mode_29_97 : (l_round % 3 == 1 ? tc::mode_59_94 : tc::mode_23_976);
+        tc l_start(l_mode);
+        l_start.total_frames(l_next(20000000));
+        if (l_mode == tc::mode_23_976) {
+            // Stand on a label that 23.976 counting shows: not just after a minute's first frame.
+            l_start.frame(l_start.frame() < 3 && l_start.second() == 0 ? 3 : l_start.frame());
+        } else if (!is_shown_label(l_start, l_mode == tc::mode_29_97 ? 2 : 4)) {
+            continue;
+        }
+        unsigned int const l_step = l_round % 2 == 0 ? l_next(5000) : l_next(10000000);
+        tc l_value = l_start;
+        l_value += l_step;
+        l_value -= l_step;
+        ASSERT_EQ(l_value, l_start) << text(l_start) << " by " << l_step;
+    }
+}
+
 TEST(timecode, decrement_counts_back_in_drop_frame)
 {
     tc l_value(tc::mode_29_97, 0, 1, 0, 2, 1);
