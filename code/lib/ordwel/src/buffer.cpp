@@ -129,22 +129,18 @@ void buffer::append(unsigned char const *a_first, unsigned char const *a_last)
     append(a_first, static_cast<uint64>(a_last - a_first));
 }
 
-void buffer::append(unsigned char const *a_bytes, uint64 a_count)
+void buffer::append_growing(unsigned char const *a_bytes, uint64 a_count)
 {
+    // Copy the source before the old block is freed, so that a part of this buffer may be
+    // appended to itself even when that grows the storage.
     uint64 const l_size = m_size + a_count;
-    if (l_size > m_capacity) {
-        // Copy the source before the old block is freed, so that a part of this buffer may be
-        // appended to itself even when that grows the storage.
-        uint64 const l_capacity = grown_capacity(m_capacity, l_size);
-        unsigned char *const l_data = allocate(l_capacity);
-        copy_bytes(l_data, m_data, m_size);
-        copy_bytes(l_data + m_size, a_bytes, a_count);
-        delete[] m_data;
-        m_data = l_data;
-        m_capacity = l_capacity;
-    } else {
-        copy_bytes(m_data + m_size, a_bytes, a_count);
-    }
+    uint64 const l_capacity = grown_capacity(m_capacity, l_size);
+    unsigned char *const l_data = allocate(l_capacity);
+    copy_bytes(l_data, m_data, m_size);
+    copy_bytes(l_data + m_size, a_bytes, a_count);
+    delete[] m_data;
+    m_data = l_data;
+    m_capacity = l_capacity;
     m_size = l_size;
 }
 

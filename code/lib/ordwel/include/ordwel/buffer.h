@@ -1,6 +1,9 @@
 #ifndef ORDWEL_BUFFER_H
 #define ORDWEL_BUFFER_H
 
+#include <cstddef>
+#include <cstring>
+
 #include <ordwel/export.h>
 #include <ordwel/types.h>
 
@@ -35,7 +38,18 @@ public:
 
     void append(buffer const &a_other);
     void append(unsigned char const *a_first, unsigned char const *a_last);
-    void append(unsigned char const *a_bytes, uint64 a_count);
+    // The common case, room enough, is inline: small appends cost a copy, not a call.
+    void append(unsigned char const *a_bytes, uint64 a_count)
+    {
+        if (a_count <= m_capacity - m_size) {
+            if (a_count != 0) {
+                std::memmove(m_data + m_size, a_bytes, static_cast<std::size_t>(a_count));
+            }
+            m_size += a_count;
+        } else {
+            append_growing(a_bytes, a_count);
+        }
+    }
     void append(uint64 a_count, unsigned char a_value);
     buffer &operator+=(buffer const &a_other);
 
@@ -71,6 +85,7 @@ public:
     static uint64 grown_capacity(uint64 a_capacity, uint64 a_wanted);
 
 private:
+    void append_growing(unsigned char const *a_bytes, uint64 a_count);
     // Moves the bytes in use into a new block of grown_capacity(capacity, a_wanted).
     void grow(uint64 a_wanted);
 

@@ -13,8 +13,9 @@
 
 namespace ordwel {
 
-enum e_space_align { space_align_left = 0, space_align_center = 1, space_align_right = 2 };
-enum e_truncate_whence { truncate_front = 0, truncate_middle = 1, truncate_back = 2 };
+// Both enums are fixed to int: any other value is a valid one and acts as the middle value (1).
+enum e_space_align : int { space_align_left = 0, space_align_center = 1, space_align_right = 2 };
+enum e_truncate_whence : int { truncate_front = 0, truncate_middle = 1, truncate_back = 2 };
 
 ORDWEL_API bool contains(std::string const &a_sought, std::string const &a_text);
 ORDWEL_API bool contains(char a_sought, std::string const &a_text);

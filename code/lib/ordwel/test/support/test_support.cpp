@@ -14,3 +14,24 @@ std::string text_of(ordwel::buffer const &a_bytes)
 }
 
 } // namespace ordwel_test
+
+#include <cstdio>
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace ordwel_test {
+
+void redirect_stdout_to_stderr()
+{
+    std::fflush(stdout);
+#if defined(_WIN32)
+    _dup2(_fileno(stderr), _fileno(stdout));
+#else
+    dup2(fileno(stderr), fileno(stdout));
+#endif
+}
+
+} // namespace ordwel_test

@@ -1,0 +1,76 @@
+#ifndef ORDWEL_DS_H
+#define ORDWEL_DS_H
+
+#include <cstdarg>
+
+#include <ordwel/export.h>
+#include <ordwel/types.h>
+
+// What the library does when it cannot throw (ds), and numbered debug channels that print to the
+// standard error stream (ds_og). Channels 0 to 4 are on at start; channel 0 carries abort lines.
+
+#if defined(__MINGW32__)
+#define ORDWEL_PRINTF_FORMAT(a_format, a_first) __attribute__((format(gnu_printf, a_format, a_first)))
+#elif defined(__GNUC__)
+#define ORDWEL_PRINTF_FORMAT(a_format, a_first) __attribute__((format(printf, a_format, a_first)))
+#else
+#define ORDWEL_PRINTF_FORMAT(a_format, a_first)
+#endif
+
+namespace ordwel {
+
+namespace ds {
+
+// Prints "Abort [<file>:<line>] '<text>'" to the standard output (no newline; the text is cut at
+// 1023 characters) and ends the process with status 1.
+[[noreturn]] ORDWEL_API void abort(char const *a_file, uint32 a_line, char const *a_format, ...)
+    ORDWEL_PRINTF_FORMAT(3, 4);
+[[noreturn]] ORDWEL_API void abort_va(char const *a_file, uint32 a_line, char const *a_format, va_list a_args)
+    ORDWEL_PRINTF_FORMAT(3, 0);
+
+} // namespace ds
+
+namespace ds_og {
+
+// Prints "abort: '<expression>' [ <file>:<line> ]" on channel 0 and ends the process with
+// status 1, whether channel 0 is on or not.
+[[noreturn]] ORDWEL_API void abort(char const *a_expression, char const *a_file, uint32 a_line);
+ORDWEL_API void abort_if(bool a_condition, char const *a_expression, char const *a_file, uint32 a_line);
+
+ORDWEL_API void print(uint64 a_channel, char const *a_format, ...) ORDWEL_PRINTF_FORMAT(2, 3);
+// Hex dump in lines of 79 bytes: offset, 16 bytes in two groups of 8, the bytes as characters.
+// The dump ends with a line that holds only the total size and the two bars.
+ORDWEL_API void print_buf(uint64 a_channel, void const *a_bytes, uint64 a_size);
+ORDWEL_API void flush(uint64 a_channel);
+
+ORDWEL_API bool mask_bit(uint64 a_channel);
+ORDWEL_API void mask_set_bit(uint64 a_channel);
+ORDWEL_API void mask_clear_bit(uint64 a_channel);
+ORDWEL_API void mask_set_bits(uint64 const *a_channels, uint64 a_count);
+ORDWEL_API void mask_clear_bits(uint64 const *a_channels, uint64 a_count);
+// Every channel from a_first to a_last, both included; a_first above a_last does nothing.
+ORDWEL_API void mask_set_range(uint64 a_first, uint64 a_last);
+ORDWEL_API void mask_clear_range(uint64 a_first, uint64 a_last);
+// When a_channel is on, prints the channels that are on, e.g. "{ [0..4], 7, 8, 10, }".
+ORDWEL_API void mask_print(uint64 a_channel);
+
+} // namespace ds_og
+
+// Fixed to int, so that any value a caller stores is a valid one (it names "UNKNOWN").
+enum severity : int {
+    severity_fatal = 0,
+    severity_alert = 1,
+    severity_critical = 2,
+    severity_error = 3,
+    severity_warning = 4,
+    severity_notice = 5,
+    severity_info = 6,
+    severity_debug = 7
+};
+
+// "fatal" ... "debug"; any other value, negative ones included, gives "UNKNOWN".
+ORDWEL_API char const *cstr_with_severity(severity a_severity);
+
+} // namespace ordwel
+
+#endif

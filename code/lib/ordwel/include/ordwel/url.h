@@ -1,0 +1,142 @@
+#ifndef ORDWEL_URL_H
+#define ORDWEL_URL_H
+
+#include <map>
+#include <string>
+#include <utility>
+
+#include <ordwel/export.h>
+
+// URLs held as plain strings. There is no parsed form: every getter scans the text anew and gives
+// back a part of it, every setter scans it and edits it in place. Nothing here fails or rejects
+// anything; odd text gives an odd, but always defined, result.
+//
+// The text reads as
+//
+//     scheme : // domain ; user : password @ host : service path ; params ? query # fragment
+//
+// where every part may be absent with its delimiter. The domain is a network logon domain in front
+// of the user (not the host's DNS domain), the service is whatever follows the host's ':' (a port
+// number or a service name, never interpreted), and a host in brackets ("[fe80::1]") may hold
+// colons. The scheme is the text in front of the first ':' as long as no '/' and no '#' precedes
+// that ':' ("C" in "C:/dir" is a scheme too), and the authority needs the "//".
+//
+// A getter's bool means decode (percent-decoding as url_decode does), a setter's bool means encode
+// (url_encode with '/' encoded as well, except in url_set_path, which keeps its separators). An empty
+// value removes the part together with the delimiter that it leaves behind; a non-empty value brings
+// the delimiters that the part needs. url_new_x is a copy followed by url_set_x.
+
+namespace ordwel {
+
+// --- Reading -------------------------------------------------------------------------------------
+
+// The text in front of the scheme's ':', empty without a scheme. Never decoded.
+ORDWEL_API std::string uri_scheme(std::string const &a_url);
+ORDWEL_API std::string url_scheme(std::string const &a_url);
+// Everything behind the scheme's ':', fragment included; the whole text without a scheme.
+ORDWEL_API std::string uri_scheme_specific(std::string const &a_url);
+
+ORDWEL_API std::string url_authority(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_domain(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_user(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_password(std::string const &a_url, bool a_decode);
+// The host without the brackets of an IPv6 address. Never decoded.
+ORDWEL_API std::string url_host(std::string const &a_url);
+ORDWEL_API std::string url_service(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_path(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_params(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_query(std::string const &a_url, bool a_decode);
+ORDWEL_API std::string url_fragment(std::string const &a_url, bool a_decode);
+
+// The component split into key-value pairs like strutil::kvmap_with_kvstr: the last of equal keys
+// wins, a pair without a_kv_separator gets an empty value. With a_decode each key and each value is
+// decoded after the split, so an encoded separator never splits. The second forms add to a_out.
+ORDWEL_API std::map<std::string, std::string> url_query_kvmap(std::string const &a_url, bool a_decode,
+                                                              char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::map<std::string, std::string> url_params_kvmap(std::string const &a_url, bool a_decode,
+                                                               char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::map<std::string, std::string> url_fragment_kvmap(std::string const &a_url, bool a_decode,
+                                                                 char a_pair_separator, char a_kv_separator);
+ORDWEL_API void url_query_kvmap(std::map<std::string, std::string> &a_out, std::string const &a_url, bool a_decode,
+                                char a_pair_separator, char a_kv_separator);
+ORDWEL_API void url_params_kvmap(std::map<std::string, std::string> &a_out, std::string const &a_url, bool a_decode,
+                                 char a_pair_separator, char a_kv_separator);
+ORDWEL_API void url_fragment_kvmap(std::map<std::string, std::string> &a_out, std::string const &a_url, bool a_decode,
+                                   char a_pair_separator, char a_kv_separator);
+
+// --- Coding --------------------------------------------------------------------------------------
+
+// Keeps letters, digits and ! $ & ' ( ) + , - . / = _ and writes every other byte as '%' and two
+// lowercase hex digits. With a_slash, '/' becomes "%2f" as well.
+ORDWEL_API std::string url_encode(std::string const &a_text, bool a_slash);
+// Turns "%hh" into its byte, either case of hex digit accepted and a non-digit read as 0 ("%4z" is
+// '@'). A sequence that gives the byte 0 ("%00", "%zz") stays as it is, as does a '%' in the last
+// two bytes. '+' is not a blank.
+ORDWEL_API std::string url_decode(std::string const &a_text);
+
+// For logs: the URL with a password replaced by an encoded "********".
+ORDWEL_API std::string url_protected_output(std::string const &a_url);
+
+// Cuts at the first a_separator, which stays with the second half: ("a", "=b") for "a=b".
+ORDWEL_API std::pair<std::string, std::string> split_scheme(std::string const &a_text, char a_separator);
+
+// --- Editing -------------------------------------------------------------------------------------
+
+ORDWEL_API std::string &url_set_authority(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_authority(std::string const &a_url, std::string const &a_value, bool a_encode);
+// A domain always comes with its ';' and an '@', even without a user: "x://D;@host".
+ORDWEL_API std::string &url_set_domain(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_domain(std::string const &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string &url_set_user(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_user(std::string const &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string &url_set_password(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_password(std::string const &a_url, std::string const &a_value, bool a_encode);
+// Written as given: an IPv6 address must come in its brackets to be read back.
+ORDWEL_API std::string &url_set_host(std::string &a_url, std::string const &a_value);
+ORDWEL_API std::string url_new_host(std::string const &a_url, std::string const &a_value);
+ORDWEL_API std::string &url_set_service(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_service(std::string const &a_url, std::string const &a_value, bool a_encode);
+// Behind an authority a path is rooted: "x://h" with "n" gives "x://h/n"; behind a bare scheme it
+// may stay relative: "x:" with "n" gives "x:n".
+ORDWEL_API std::string &url_set_path(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_path(std::string const &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string &url_set_params(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_params(std::string const &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string &url_set_query(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_query(std::string const &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string &url_set_fragment(std::string &a_url, std::string const &a_value, bool a_encode);
+ORDWEL_API std::string url_new_fragment(std::string const &a_url, std::string const &a_value, bool a_encode);
+
+// The part written from a map like strutil::kvstr_with_kvmap (entries in key order; an empty value
+// goes without a_kv_separator). With a_encode each key and value is encoded, '/' included, before it
+// is joined; the separators stay as given. An empty map removes the part.
+ORDWEL_API std::string &url_set_params(std::string &a_url, std::map<std::string, std::string> const &a_values,
+                                       bool a_encode, char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::string url_new_params(std::string const &a_url, std::map<std::string, std::string> const &a_values,
+                                      bool a_encode, char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::string &url_set_query(std::string &a_url, std::map<std::string, std::string> const &a_values,
+                                      bool a_encode, char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::string url_new_query(std::string const &a_url, std::map<std::string, std::string> const &a_values,
+                                     bool a_encode, char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::string &url_set_fragment(std::string &a_url, std::map<std::string, std::string> const &a_values,
+                                         bool a_encode, char a_pair_separator, char a_kv_separator);
+ORDWEL_API std::string url_new_fragment(std::string const &a_url, std::map<std::string, std::string> const &a_values,
+                                        bool a_encode, char a_pair_separator, char a_kv_separator);
+
+// The scheme, with its ':' added or removed as needed: "dir" with "s" gives "s:dir", "s:" with an
+// empty value gives "". Never encoded.
+ORDWEL_API std::string &uri_set_scheme(std::string &a_url, std::string const &a_value);
+ORDWEL_API std::string uri_new_scheme(std::string const &a_url, std::string const &a_value);
+ORDWEL_API std::string &url_set_scheme(std::string &a_url, std::string const &a_value);
+ORDWEL_API std::string url_new_scheme(std::string const &a_url, std::string const &a_value);
+// The scheme, its ':' and the value; the old fragment goes with the old scheme-specific part.
+ORDWEL_API std::string &uri_set_scheme_specific(std::string &a_url, std::string const &a_value);
+ORDWEL_API std::string uri_new_scheme_specific(std::string const &a_url, std::string const &a_value);
+
+// Moves a logon domain written into the user ("dom/user", "dom\user") to the domain. A domain that
+// is there already stays, and the user's prefix is dropped.
+ORDWEL_API void url_correct_domain(std::string &a_url);
+
+} // namespace ordwel
+
+#endif
