@@ -46,11 +46,25 @@ size_type find_either(char const *a_data, size_type a_from, size_type a_to, char
     return a_to;
 }
 
+// A byte set as a table: one load per byte instead of a compare per member.
+template <char... t_set> struct byte_set {
+    bool m_member[256];
+
+    constexpr byte_set() : m_member()
+    {
+        for (char const l_byte : {t_set...}) {
+            m_member[static_cast<unsigned char>(l_byte)] = true;
+        }
+    }
+};
+
+template <char... t_set> constexpr byte_set<t_set...> k_byte_set{};
+
 template <char... t_set> size_type find_any(char const *a_data, size_type a_from, size_type a_to)
 {
+    bool const *const l_member = k_byte_set<t_set...>.m_member;
     for (size_type l_iter = a_from; l_iter < a_to; ++l_iter) {
-        char const l_byte = a_data[l_iter];
-        if (((l_byte == t_set) || ...)) {
+        if (l_member[static_cast<unsigned char>(a_data[l_iter])]) {
             return l_iter;
         }
     }
@@ -216,6 +230,8 @@ struct coding_tables {
 constexpr coding_tables k_coding;
 constexpr char k_hex_digits[] = "0123456789abcdef";
 
+// One pass byte by byte: in encoded text '%' is frequent, and a search call per '%' costs more
+// than the plain loop.
 void append_decoded(std::string &a_out, char const *a_data, size_type a_size)
 {
     if (a_size <= 2) {
@@ -224,31 +240,32 @@ void append_decoded(std::string &a_out, char const *a_data, size_type a_size)
     }
     size_type const l_start = a_out.size();
     a_out.resize(l_start + a_size);
-    char *const l_out = &a_out[0];
-    size_type l_write = l_start;
-    size_type l_read = 0;
-    size_type const l_last = a_size - 2; // a '%' from here on has no two bytes behind it
+    char *const l_begin = &a_out[0] + l_start;
+    char *l_out = l_begin;
+    char const *l_read = a_data;
+    char const *const l_last = a_data + a_size - 2; // a '%' from here on has no two bytes behind it
+    char const *const l_end = a_data + a_size;
     while (l_read < l_last) {
-        size_type const l_percent = find_byte(a_data, '%', l_read, l_last);
-        std::memcpy(l_out + l_write, a_data + l_read, l_percent - l_read);
-        l_write += l_percent - l_read;
-        l_read = l_percent;
-        if (l_read == l_last) {
-            break;
+        char const l_byte = *l_read;
+        if (l_byte != '%') {
+            *l_out++ = l_byte;
+            ++l_read;
+            continue;
         }
-        unsigned int const l_value = 16u * k_coding.m_hex_value[static_cast<unsigned char>(a_data[l_read + 1])] +
-                                     k_coding.m_hex_value[static_cast<unsigned char>(a_data[l_read + 2])];
+        unsigned int const l_value = 16u * k_coding.m_hex_value[static_cast<unsigned char>(l_read[1])] +
+                                     k_coding.m_hex_value[static_cast<unsigned char>(l_read[2])];
         if (l_value != 0) {
-            l_out[l_write++] = static_cast<char>(l_value);
+            *l_out++ = static_cast<char>(l_value);
             l_read += 3;
         } else {
-            l_out[l_write++] = '%';
-            l_read += 1;
+            *l_out++ = '%';
+            ++l_read;
         }
     }
-    std::memcpy(l_out + l_write, a_data + l_read, a_size - l_read);
-    l_write += a_size - l_read;
-    a_out.resize(l_write);
+    while (l_read < l_end) {
+        *l_out++ = *l_read++;
+    }
+    a_out.resize(l_start + static_cast<size_type>(l_out - l_begin));
 }
 
 std::string stretch(std::string const &a_url, size_type a_from, size_type a_to, bool a_decode)
