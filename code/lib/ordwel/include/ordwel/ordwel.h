@@ -3,12 +3,20 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/clock.h>
+#include <ordwel/conv.h>
 #include <ordwel/ds.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/fraction.h>
 #include <ordwel/object.h>
+#include <ordwel/optparser.h>
+#include <ordwel/path.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
+#include <ordwel/test.h>
+#include <ordwel/timecode.h>
+#include <ordwel/timestamp.h>
 #include <ordwel/types.h>
 #include <ordwel/uri_ids.h>
 #include <ordwel/url.h>

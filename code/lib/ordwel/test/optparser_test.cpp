@@ -1,0 +1,650 @@
+#include <ordwel/optparser.h>
+
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#if !defined(_WIN32)
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using namespace ordwel;
+
+// Records every callback as "<id>[word,word]" (a printable id as its letter) and checks each call
+// against the registered word range, as an application would rely on.
+struct recorder : public arg::opt_functor {
+    std::vector<std::string> m_calls;
+    std::map<int, int> m_results;
+    std::map<int, std::pair<unsigned int, unsigned int>> m_ranges;
+    std::vector<std::vector<char const *>> m_args;
+
+    int operator()(int a_id, std::vector<char const *> a_args) override
+    {
+        std::string l_call = a_id > 32 && a_id < 127 ? std::string(1, static_cast<char>(a_id)) : std::to_string(a_id);
+        l_call += "[";
+        for (std::size_t l_index = 0; l_index < a_args.size(); ++l_index) {
+            l_call += (l_index != 0 ? "," : "") + std::string(a_args[l_index]);
+        }
+        l_call += "]";
+        m_calls.push_back(l_call);
+        m_args.push_back(a_args);
+        if (a_id == 1) {
+            EXPECT_EQ(a_args.size(), 1u) << l_call;
+        } else if (m_ranges.count(a_id) != 0) {
+            EXPECT_GE(a_args.size(), m_ranges[a_id].first) << l_call;
+            EXPECT_LE(a_args.size(), m_ranges[a_id].second) << l_call;
+        }
+        auto const l_result = m_results.find(a_id);
+        return l_result != m_results.end() ? l_result->second : static_cast<int>(a_args.size());
+    }
+};
+
+// A command line that owns its words, with the program's name in front.
+struct command_line {
+    std::vector<std::string> m_words;
+    std::vector<char *> m_argv;
+
+    explicit command_line(std::vector<std::string> const &a_words) : m_words(a_words)
+    {
+        m_words.insert(m_words.begin(), "prog");
+        for (std::string &l_word : m_words) {
+            m_argv.push_back(&l_word[0]);
+        }
+        m_argv.push_back(nullptr);
+    }
+    unsigned int argc() const { return static_cast<unsigned int>(m_words.size()); }
+    char **argv() { return m_argv.data(); }
+};
+
+// The option table of the library's own parser tests; a_long_only names the long-only ids.
+void add_test_options(arg::optparser &a_parser, recorder &a_recorder,
+                      std::vector<std::pair<int, char const *>> const &a_long_only)
+{
+    struct row {
+        int id;
+        char const *name;
+        unsigned int min;
+        unsigned int max;
+    } const l_rows[] = {
+        {'a', "aaa", 0, 0},   {'b', "bbb", 1, 0},   {'c', "ccc", 0, 1},   {'d', "ddd", 2, 4},   {'e', "eee", 2, 255},
+        {'i', nullptr, 0, 0}, {'j', nullptr, 1, 0}, {'k', nullptr, 0, 1}, {'l', nullptr, 2, 4}, {'m', nullptr, 2, 255},
+    };
+    for (row const &l_row : l_rows) {
+        a_parser.add_opt(l_row.id, l_row.name, l_row.min, l_row.max);
+        a_recorder.m_ranges[l_row.id] = {l_row.min, l_row.max < l_row.min ? l_row.min : l_row.max};
+    }
+    std::map<int, std::pair<unsigned int, unsigned int>> const l_long_ranges = {
+        {-99, {0, 0}}, {-98, {1, 1}}, {-97, {2, 2}}, {-96, {2, 4}}, {-95, {2, 255}}};
+    for (auto const &l_long : a_long_only) {
+        auto const &l_range = l_long_ranges.at(l_long.first);
+        a_parser.add_opt(l_long.first, l_long.second, l_range.first, l_range.first == 1 ? 0 : l_range.second);
+        a_recorder.m_ranges[l_long.first] = l_range;
+    }
+}
+
+struct parse_outcome {
+    bool result;
+    std::vector<std::string> calls;
+    std::string error;
+};
+
+parse_outcome run_parse(std::vector<std::string> const &a_words, std::map<int, int> const &a_results = {},
+                        std::vector<std::pair<int, char const *>> const &a_long_only = {})
+{
+    recorder l_recorder;
+    l_recorder.m_results = a_results;
+    arg::optparser l_parser(&l_recorder);
+    add_test_options(l_parser, l_recorder, a_long_only);
+    command_line l_line(a_words);
+    testing::internal::CaptureStderr();
+    bool const l_result = l_parser.parse(l_line.argc(), l_line.argv());
+    std::string const l_error = testing::internal::GetCapturedStderr();
+    return {l_result, l_recorder.m_calls, l_error};
+}
+
+using calls = std::vector<std::string>;
+
+TEST(optparser, parse_table_reports_every_callback_in_command_line_order)
+{
+    struct row {
+        char const *name;
+        std::vector<std::string> words;
+        bool result;
+        calls expected;
+        std::string error;
+        std::map<int, int> results;
+    };
+    std::vector<std::pair<int, char const *>> const l_long = {{-99, "l0"}, {-98, "l1"}, {-95, "l2n"}};
+    row const l_rows[] = {
+        {"parse1", {"-a"}, true, {"a[]"}, "", {}},
+        {"parse3", {"-a", "nope"}, true, {"a[]", "1[nope]"}, "", {}},
+        {"parse4", {"-a", "-b"}, false, {"a[]"}, "*** too few arguments for option `b'\n", {}},
+        {"parse5", {"-a", "-b", "yes"}, true, {"a[]", "b[yes]"}, "", {}},
+        {"parse5_2", {"-a", "-d", "yes"}, false, {"a[]"}, "*** too few arguments for option `d'\n", {}},
+        {"parse6", {"--aaa"}, true, {"a[]"}, "", {}},
+        {"parse8", {"--aaa", "nope"}, true, {"a[]", "1[nope]"}, "", {}},
+        {"parse9", {"--aaa", "--bbb"}, false, {"a[]"}, "*** too few arguments for option `bbb'\n", {}},
+        {"parse10", {"--aaa", "--bbb", "yes"}, true, {"a[]", "b[yes]"}, "", {}},
+        {"parse11", {"--aaa", "--ddd", "yes"}, false, {"a[]"}, "*** too few arguments for option `ddd'\n", {}},
+        {"parse12", {"--aaa", "--ddd", "yes", "again"}, true, {"a[]", "d[yes,again]"}, "", {}},
+        {"parse13",
+         {"--aaa", "--ddd", "yes", "again", "and", "again", "and", "again"},
+         true,
+         {"a[]", "d[yes,again,and,again]", "1[and]", "1[again]"},
+         "",
+         {}},
+        {"parse14",
+         {"--aaa", "--ddd=yes,again,and,again", "and", "again"},
+         true,
+         {"a[]", "d[yes,again,and,again]", "1[and]", "1[again]"},
+         "",
+         {}},
+        {"parse15",
+         {"--aaa", "--ddd=yes,again,and,again,and,again"},
+         true,
+         {"a[]", "d[yes,again,and,again]", "1[and]", "1[again]"},
+         "",
+         {}},
+        {"parse16",
+         {"--aaa", "-c=3", "--ccc", "4", "--l0", "--l1", "hej", "what?", "-ij1", "--l2n", "yes", "again", "and",
+          "again"},
+         true,
+         {"a[]", "c[=3]", "c[4]", "-99[]", "-98[hej]", "1[what?]", "i[]", "j[1]", "-95[yes,again,and,again]"},
+         "",
+         {}},
+        {"parse17", {"-aijapa"}, true, {"a[]", "i[]", "j[apa]"}, "", {}},
+        {"parse18", {"-jiaapa"}, true, {"j[iaapa]"}, "", {}},
+        {"parse19", {"-iak"}, true, {"i[]", "a[]", "k[]"}, "", {}},
+        {"parse20", {"-akiiii"}, true, {"a[]", "k[iiii]"}, "", {}},
+        {"parse21", {"-aikii"}, true, {"a[]", "i[]", "k[ii]"}, "", {}},
+        {"parse30",
+         {"-e", "arg1", "arg2", "arg3", "arg4", "arg5"},
+         true,
+         {"e[arg1,arg2,arg3,arg4,arg5]", "1[arg3]", "1[arg4]", "1[arg5]"},
+         "",
+         {{'e', 2}}},
+        {"parse31",
+         {"-e", "arg1", "arg2", "arg3", "arg4", "arg5"},
+         true,
+         {"e[arg1,arg2,arg3,arg4,arg5]", "1[arg5]"},
+         "",
+         {{'e', 4}}},
+        // Values that look like numbers or a lone dash are taken; option-like words end the list.
+        {"negative number value", {"-c", "-5"}, true, {"c[-5]"}, "", {}},
+        {"lone dash value", {"-c", "-"}, true, {"c[-]"}, "", {}},
+        {"option ends values", {"-c", "-a"}, true, {"c[]", "a[]"}, "", {}},
+        {"long option is no value", {"-d", "1", "--aaa"}, false, {}, "*** too few arguments for option `d'\n", {}},
+        {"double dash is no value", {"-c", "--", "x"}, true, {"c[]", "1[--]", "1[x]"}, "", {}},
+        {"lone dash skipped", {"-", "w", "-"}, true, {"1[w]"}, "", {}},
+        {"values up to max then words", {"-l", "1", "-2", "3", "4", "5"}, true, {"l[1,-2,3,4]", "1[5]"}, "", {}},
+        // After "--" everything is a word, "--" first, and nothing is an option any more.
+        {"end of options",
+         {"-a", "--", "-b", "--ccc", "--ddd=x,y", "-"},
+         true,
+         {"a[]", "1[--]", "1[-b]", "1[--ccc]", "1[--ddd=x,y]", "1[-]"},
+         "",
+         {}},
+        {"unknown long", {"-a", "--zzz", "-a"}, false, {"a[]"}, "*** no such option `zzz'\n", {}},
+        {"unknown short in cluster", {"-aza"}, false, {"a[]"}, "*** no such option `z'\n", {}},
+        {"unknown long with value", {"--zzz=1,2"}, false, {}, "*** no such option `zzz'\n", {}},
+        {"short-only id has no long form", {"--i"}, false, {}, "*** no such option `i'\n", {}},
+        // The --name=list form: each comma-separated piece is a word of its own.
+        {"equals exactly one", {"--bbb=x"}, true, {"b[x]"}, "", {}},
+        {"equals empty value", {"--bbb="}, true, {"b[]"}, "", {}},
+        {"equals empty pieces kept", {"--ddd=,x,"}, true, {"d[,x,]"}, "", {}},
+        {"equals on a flag", {"--aaa=x"}, true, {"a[]", "1[x]"}, "", {}},
+        {"equals too few", {"--ddd=x"}, false, {}, "*** too few arguments for option `ddd'\n", {}},
+        {"equals then more words", {"--ddd=1,2", "3", "-a"}, true, {"d[1,2,3]", "a[]"}, "", {}},
+        {"equals on long-only", {"--l1=v"}, true, {"-98[v]"}, "", {}},
+        // A callback that uses fewer words than offered leaves the rest to the scan.
+        {"unused long values rescanned", {"--ddd", "p", "q", "r"}, true, {"d[p,q,r]", "1[q]", "1[r]"}, "", {{'d', 1}}},
+        {"attached word counts as used", {"-jx", "y"}, true, {"j[x]", "1[y]"}, "", {}},
+        {"attached and collected", {"-lx", "y", "z"}, true, {"l[x,y,z]", "1[z]"}, "", {{'l', 2}}},
+        // Results beyond the offered words, or negative other than -1, never leave argv.
+        {"result beyond the words", {"-b", "x", "y"}, true, {"b[x]"}, "", {{'b', 1000}}},
+        {"result below -1 counts as 0", {"--bbb", "x"}, true, {"b[x]", "1[x]"}, "", {{'b', -7}}},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.name);
+        parse_outcome const l_outcome = run_parse(l_row.words, l_row.results, l_long);
+        EXPECT_EQ(l_outcome.result, l_row.result);
+        EXPECT_EQ(l_outcome.calls, l_row.expected);
+        EXPECT_EQ(l_outcome.error, l_row.error);
+    }
+}
+
+TEST(optparser, long_only_names_and_empty_lines)
+{
+    std::vector<std::pair<int, char const *>> const l_long = {
+        {-99, "version"}, {-98, "test1"}, {-97, "test2"}, {-96, "test2_4"}};
+    EXPECT_EQ(run_parse({"--version", "--test2", "a", "b", "c"}, {}, l_long).calls,
+              (calls{"-99[]", "-97[a,b]", "1[c]"}));
+    EXPECT_EQ(run_parse({"--test2_4", "a", "b", "c", "d", "e"}, {}, l_long).calls, (calls{"-96[a,b,c,d]", "1[e]"}));
+
+    recorder l_recorder;
+    arg::optparser l_parser(&l_recorder);
+    l_parser.add_opt('a', "aaa", 0, 0);
+    char l_program[] = "prog";
+    char *l_argv[] = {l_program, nullptr};
+    EXPECT_TRUE(l_parser.parse(0, l_argv));
+    EXPECT_TRUE(l_parser.parse(1, l_argv));
+    EXPECT_TRUE(l_parser.parse(5, nullptr));
+    EXPECT_TRUE(l_recorder.m_calls.empty());
+}
+
+TEST(optparser, words_handed_over_point_into_argv)
+{
+    recorder l_recorder;
+    arg::optparser l_parser(&l_recorder);
+    l_parser.add_opt('b', "bbb", 1, 0);
+    l_parser.add_opt('j', nullptr, 1, 0);
+    command_line l_line({"-b", "value", "-jattached", "loose"});
+    ASSERT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
+    ASSERT_EQ(l_recorder.m_args.size(), 3u);
+    EXPECT_EQ(l_recorder.m_args[0][0], l_line.argv()[2]);
+    EXPECT_EQ(l_recorder.m_args[1][0], l_line.argv()[3] + 2);
+    EXPECT_EQ(l_recorder.m_args[2][0], l_line.argv()[4]);
+}
+
+TEST(optparser, registration_rules)
+{
+    recorder l_recorder;
+    arg::optparser l_parser(&l_recorder);
+    // max below min means exactly min; a second registration of an id replaces the first.
+    l_parser.add_opt('b', "bbb", 1, 0);
+    l_parser.add_opt('x', "first", 0, 0);
+    l_parser.add_opt('x', "second", 1, 1);
+    command_line l_line({"-b", "1", "2", "--second", "v", "-x", "w"});
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(l_recorder.m_calls, (calls{"b[1]", "1[2]", "x[v]", "x[w]"}));
+
+    command_line l_old({"--first"});
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(l_parser.parse(l_old.argc(), l_old.argv()));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "*** no such option `first'\n");
+}
+
+TEST(optparser, a_name_holding_equals_matches_whole_first)
+{
+    recorder l_recorder;
+    arg::optparser l_parser(&l_recorder);
+    l_parser.add_opt(-10, "x=y", 0, 0);
+    l_parser.add_opt(-11, "x", 0, 2);
+    command_line l_line({"--x=y", "--x=z,w"});
+    EXPECT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
+    EXPECT_EQ(l_recorder.m_calls, (calls{"-10[]", "-11[z,w]"}));
+}
+
+TEST(optparser, stop_records_the_stopping_id_and_ends_the_scan)
+{
+    struct row {
+        char const *name;
+        std::vector<std::string> words;
+        int stopper;
+        int stopped_at;
+        calls expected;
+    } const l_rows[] = {
+        {"word", {"w", "-a", "x"}, 1, 1, {"1[w]"}},
+        {"flag in a cluster", {"-aia", "x"}, 'a', 'a', {"a[]"}},
+        {"long option", {"x", "--ccc", "1", "y"}, 'c', 'c', {"1[x]", "c[1]"}},
+        {"not after the end of options", {"--", "w", "v"}, 1, 0, {"1[--]", "1[w]", "1[v]"}},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.name);
+        recorder l_recorder;
+        l_recorder.m_results[l_row.stopper] = -1;
+        arg::optparser l_parser(&l_recorder);
+        add_test_options(l_parser, l_recorder, {});
+        command_line l_line(l_row.words);
+        EXPECT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
+        EXPECT_EQ(l_recorder.stopped_at(), l_row.stopped_at);
+        EXPECT_EQ(l_recorder.m_calls, l_row.expected);
+    }
+
+    // parse does not reset it; copies of the functor carry it.
+    recorder l_recorder;
+    l_recorder.m_results[1] = -1;
+    arg::optparser l_parser(&l_recorder);
+    command_line l_line({"w"});
+    l_parser.parse(l_line.argc(), l_line.argv());
+    l_recorder.m_results.clear();
+    l_parser.parse(l_line.argc(), l_line.argv());
+    EXPECT_EQ(l_recorder.stopped_at(), 1);
+    recorder const l_copy(l_recorder);
+    EXPECT_EQ(l_copy.stopped_at(), 1);
+    recorder l_assigned;
+    l_assigned = l_recorder;
+    EXPECT_EQ(l_assigned.stopped_at(), 1);
+}
+
+TEST(optparser, copies_own_their_table_and_share_the_functor)
+{
+    recorder l_recorder;
+    arg::optparser l_parser(&l_recorder);
+    l_parser.add_opt('a', "aaa", 0, 0);
+    arg::optparser l_copy(l_parser);
+    l_copy.add_opt('z', "zzz", 0, 0);
+    command_line l_line({"-z", "-a"});
+    EXPECT_TRUE(l_copy.parse(l_line.argc(), l_line.argv()));
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(l_parser.parse(l_line.argc(), l_line.argv()));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "*** no such option `z'\n");
+    EXPECT_EQ(l_recorder.m_calls, (calls{"z[]", "a[]"}));
+
+    arg::optparser l_assigned(nullptr);
+    l_assigned = l_copy;
+    EXPECT_TRUE(l_assigned.parse(l_line.argc(), l_line.argv()));
+    EXPECT_EQ(l_recorder.m_calls.size(), 4u);
+}
+
+TEST(optparser, callback_exception_passes_through_and_earlier_calls_stand)
+{
+    struct thrower : public arg::opt_functor {
+        int m_calls = 0;
+        int operator()(int a_id, std::vector<char const *>) override
+        {
+            ++m_calls;
+            if (a_id == 'b') {
+                throw std::runtime_error("from the callback");
+            }
+            return 0;
+        }
+    } l_functor;
+    arg::optparser l_parser(&l_functor);
+    l_parser.add_opt('a', nullptr, 0, 0);
+    l_parser.add_opt('b', nullptr, 0, 0);
+    command_line l_line({"-ab", "w"});
+    EXPECT_THROW(l_parser.parse(l_line.argc(), l_line.argv()), std::runtime_error);
+    EXPECT_EQ(l_functor.m_calls, 2);
+}
+
+// ---- help text ----
+
+// Runs a_write on a parser made while standard output is captured (so it is never a terminal) and
+// gives back what it wrote.
+template <class F> std::string help_output(F a_write, bool a_html = false)
+{
+    recorder l_recorder;
+    testing::internal::CaptureStdout();
+    {
+        arg::optparser l_parser(&l_recorder);
+        if (a_html) {
+            l_parser.set_html_output();
+        }
+        a_write(l_parser);
+    }
+    return testing::internal::GetCapturedStdout();
+}
+
+std::vector<std::string> lines_of(std::string const &a_text)
+{
+    std::vector<std::string> l_lines;
+    std::size_t l_start = 0;
+    for (std::size_t l_end = a_text.find('\n'); l_end != std::string::npos; l_end = a_text.find('\n', l_start)) {
+        l_lines.push_back(a_text.substr(l_start, l_end - l_start));
+        l_start = l_end + 1;
+    }
+    if (l_start != a_text.size()) {
+        l_lines.push_back(a_text.substr(l_start) + "<no line end>");
+    }
+    return l_lines;
+}
+
+std::string blanks(std::size_t a_count)
+{
+    return std::string(a_count, ' ');
+}
+
+void write_options_screen(arg::optparser &a_parser)
+{
+    a_parser.add_opt(-99, "version", 0, 0);
+    a_parser.add_opt(105, nullptr, 0, 0);
+    a_parser.add_opt(97, "another", 0, 0);
+    a_parser.add_desc_indent1("OPTIONS");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(-99, "well you see that this is pretty good formatted output so bla bla bla...");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(105,
+                      "do like this if you want to do stuff like that and maybe a little bit of thist and that too.");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(97,
+                      "man those long descriptions are killing me big time, so I will try to make a little shorter one "
+                      "now.");
+}
+
+TEST(optparser_help, finished_screen_in_text_form)
+{
+    std::vector<std::string> const l_expected = {
+        "OPTIONS",
+        "",
+        blanks(13) + "--version  well you see that this is pretty good formatted output",
+        blanks(24) + "so bla bla bla...",
+        "",
+        blanks(20) + "-i  do like this if you want to do stuff like that and maybe",
+        blanks(24) + "a little bit of thist and that too.",
+        "",
+        blanks(20) + "-a",
+        blanks(13) + "--another  man those long descriptions are killing me big time, so",
+        blanks(24) + "I will try to make a little shorter one now.",
+    };
+    EXPECT_EQ(lines_of(help_output(write_options_screen)), l_expected);
+}
+
+TEST(optparser_help, finished_screen_in_html_form)
+{
+    std::vector<std::string> const l_expected = {
+        "<h3>OPTIONS</h3>",
+        "",
+        blanks(13) + "<strong>--version  </strong>well you see that this is pretty good formatted output",
+        blanks(24) + "so bla bla bla...",
+        "",
+        blanks(20) + "<strong>-i  </strong>do like this if you want to do stuff like that and maybe",
+        blanks(24) + "a little bit of thist and that too.",
+        "",
+        blanks(20) + "<strong>-a",
+        "</strong>" + blanks(13) +
+            "<strong>--another  </strong>man those long descriptions are killing me big "
+            "time, so",
+        blanks(24) + "I will try to make a little shorter one now.",
+    };
+    EXPECT_EQ(lines_of(help_output(write_options_screen, true)), l_expected);
+}
+
+TEST(optparser_help, wrapping_rules)
+{
+    std::string const l_56(56, 'x');
+    struct row {
+        char const *name;
+        unsigned int width;
+        std::string text;
+        std::string expected;
+    } const l_rows[] = {
+        {"exact fit", 80, l_56, blanks(24) + l_56 + "\n"},
+        {"one over breaks at the blank", 80, std::string(55, 'x') + " y",
+         blanks(24) + std::string(55, 'x') + "\n" + blanks(24) + "y\n"},
+        {"blank at the limit", 80, l_56 + " tail", blanks(24) + l_56 + "\n" + blanks(24) + "tail\n"},
+        {"blank behind the limit", 30, "abcdefghij klm", blanks(24) + "abcdefghij\n" + blanks(24) + "klm\n"},
+        {"word too long for any line", 30, "abcdefghij", blanks(24) + "abcdefghij\n" + blanks(24) + "\n"},
+        {"width below the column", 10, "one two three four", blanks(24) + "one two three four\n"},
+        {"final bang dropped", 80, "The Option parser parses options!",
+         blanks(24) + "The Option parser parses options\n"},
+        {"position carries across pieces", 30, "abc!S!def ghi", blanks(24) + "abcdef\n" + blanks(24) + "ghi\n"},
+        {"markup in text", 80, "!Q!x!QE! !SA!y!SAE! !SAA!z!SAAE! !S!w!SE!!X! !LT!!GT!",
+         blanks(24) + "\"x\" <y> z w! &lt;&gt;\n"},
+        {"empty text", 80, "", blanks(24) + "\n"},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.name);
+        EXPECT_EQ(help_output([&](arg::optparser &a_parser) {
+                      a_parser.set_text_line_width(l_row.width);
+                      a_parser.add_desc_indent4(nullptr);
+                      a_parser.add_desc(l_row.text.c_str());
+                  }),
+                  l_row.expected);
+    }
+}
+
+TEST(optparser_help, html_escaping_and_markup)
+{
+    EXPECT_EQ(help_output([](arg::optparser &a_parser) { a_parser.print("a<b&c>d"); }, true), "a&lt;b&amp;c&gt;d");
+    EXPECT_EQ(help_output([](arg::optparser &a_parser) { a_parser.print("a<b&c>d"); }), "a<b&c>d");
+    EXPECT_EQ(help_output([](arg::optparser &a_parser) { a_parser.add_desc("!LT!!GT!!SA!u!SAE!!SAA!v!SAAE!!S!w!SE!"); },
+                          true),
+              "&amp;lt;&amp;gt;<u>u</u><u>v</u><strong>w</strong>\n");
+    // A label's text is escaped, its tags are not.
+    EXPECT_EQ(help_output(
+                  [](arg::optparser &a_parser) {
+                      a_parser.add_opt(-5, "a<b", 0, 0);
+                      a_parser.add_desc(-5, "x");
+                  },
+                  true),
+              blanks(17) + "<strong>--a&lt;b  </strong>x\n");
+}
+
+TEST(optparser_help, headings_at_each_level)
+{
+    auto const l_write = [](arg::optparser &a_parser) {
+        a_parser.add_desc_indent1("NAME");
+        a_parser.add_desc_indent2("SYNOPSIS");
+        a_parser.add_desc_indent3("DESCRIPTION");
+        a_parser.add_desc_indent4("OPTIONS");
+        a_parser.add_desc_indent5("MORE");
+        a_parser.add_html_underline_h3("H3");
+        a_parser.add_html_underline_h4("H4");
+        a_parser.text_underline();
+        a_parser.text_underline_off();
+        a_parser.text_strong();
+        a_parser.text_strong_off();
+    };
+    EXPECT_EQ(help_output(l_write), "NAME\n" + blanks(8) + "SYNOPSIS\n" + blanks(16) + "DESCRIPTION\n" + blanks(24) +
+                                        "OPTIONS\n" + blanks(32) + "MORE\n<h3>" + blanks(32) + "<u>H3</u></h3>\n<h4>" +
+                                        blanks(32) + "<u>H4</u></h4>\n<>");
+    EXPECT_EQ(help_output(l_write, true),
+              "<h3>NAME</h3>\n" + blanks(8) + "<strong>SYNOPSIS\n</strong><h3>" + blanks(16) +
+                  "DESCRIPTION</h3>\n<h3>" + blanks(24) + "OPTIONS</h3>\n<h3>" + blanks(32) + "MORE</h3>\n<h3>" +
+                  blanks(32) + "<u>H3</u></h3>\n<h4>" + blanks(32) + "<u>H4</u></h4>\n<u></u><strong></strong>");
+}
+
+TEST(optparser_help, levels_labels_and_unknown_ids)
+{
+    EXPECT_EQ(help_output([](arg::optparser &a_parser) {
+                  EXPECT_EQ(a_parser.get_indentation(), 1u);
+                  a_parser.add_desc_indent2(nullptr);
+                  EXPECT_EQ(a_parser.get_indentation(), 2u);
+                  a_parser.set_indentation(0);
+                  EXPECT_EQ(a_parser.get_indentation(), 1u);
+                  a_parser.add_desc("a");
+                  a_parser.set_indentation(1);
+                  a_parser.add_desc("b");
+                  a_parser.set_indentation(3);
+                  EXPECT_EQ(a_parser.get_indentation(), 3u);
+                  a_parser.add_desc("c");
+                  a_parser.add_desc(42, "not registered");
+                  EXPECT_FALSE(a_parser.is_html_output());
+                  EXPECT_FALSE(a_parser.set_max_text_line_width());
+              }),
+              "a\nb\n" + blanks(16) + "c\n");
+
+    // A labelled option leaves level 4 behind; a long name of 20 or more leaves no blanks before it.
+    EXPECT_EQ(help_output([](arg::optparser &a_parser) {
+                  a_parser.add_opt('q', nullptr, 0, 0);
+                  a_parser.add_opt(-3, "a-very-long-option-name", 0, 0);
+                  a_parser.add_opt(300, "big", 0, 0);
+                  a_parser.add_desc('q', "x");
+                  EXPECT_EQ(a_parser.get_indentation(), 4u);
+                  a_parser.add_desc("y");
+                  a_parser.add_desc(-3, "z");
+                  a_parser.add_desc(300, "w");
+              }),
+              blanks(20) + "-q  x\n" + blanks(24) + "y\n--a-very-long-option-name  z\n" + blanks(17) + "--big  w\n");
+}
+
+TEST(optparser_help, copies_carry_the_layout)
+{
+    EXPECT_EQ(help_output([](arg::optparser &a_parser) {
+                  a_parser.set_html_output();
+                  a_parser.set_text_line_width(31);
+                  a_parser.add_desc_indent3(nullptr);
+                  arg::optparser l_copy(a_parser);
+                  EXPECT_TRUE(l_copy.is_html_output());
+                  EXPECT_EQ(l_copy.get_indentation(), 3u);
+                  l_copy.add_desc("one two <three>");
+              }),
+              blanks(16) + "one two &lt;three&gt;\n");
+}
+
+#if !defined(_WIN32)
+// Standard output on a pseudo terminal of 100 columns while a_write runs; gives what reached the
+// terminal.
+template <class F> std::string terminal_output(F a_write)
+{
+    int const l_master = posix_openpt(O_RDWR | O_NOCTTY);
+    if (l_master < 0 || grantpt(l_master) != 0 || unlockpt(l_master) != 0) {
+        ADD_FAILURE() << "no pseudo terminal";
+        return std::string();
+    }
+    int const l_slave = open(ptsname(l_master), O_RDWR | O_NOCTTY);
+    termios l_mode{};
+    tcgetattr(l_slave, &l_mode);
+    cfmakeraw(&l_mode);
+    tcsetattr(l_slave, TCSANOW, &l_mode);
+    winsize l_size{};
+    l_size.ws_col = 100;
+    l_size.ws_row = 40;
+    ioctl(l_slave, TIOCSWINSZ, &l_size);
+
+    std::fflush(stdout);
+    int const l_saved = dup(1);
+    dup2(l_slave, 1);
+    {
+        recorder l_recorder;
+        arg::optparser l_parser(&l_recorder);
+        a_write(l_parser);
+    }
+    std::fflush(stdout);
+    dup2(l_saved, 1);
+    close(l_saved);
+    close(l_slave);
+
+    std::string l_output;
+    char l_chunk[4096];
+    int const l_flags = fcntl(l_master, F_GETFL);
+    fcntl(l_master, F_SETFL, l_flags | O_NONBLOCK);
+    for (ssize_t l_count; (l_count = read(l_master, l_chunk, sizeof l_chunk)) > 0;) {
+        l_output.append(l_chunk, static_cast<std::size_t>(l_count));
+    }
+    close(l_master);
+    return l_output;
+}
+
+TEST(optparser_help, terminal_gets_bold_marks_in_order_and_its_width)
+{
+    std::string const l_output = terminal_output([](arg::optparser &a_parser) {
+        EXPECT_TRUE(a_parser.set_max_text_line_width());
+        a_parser.add_opt('a', "another", 0, 0);
+        a_parser.add_desc_indent1("OPTIONS");
+        a_parser.add_desc(97, ("x!S!y!SE! !SA!z!SAE! " + std::string(62, 'w') + " v").c_str());
+        a_parser.clear_screen();
+    });
+    std::string const l_bold = "\x1b[1m";
+    std::string const l_normal = "\x1b[22m";
+    // The width is the terminal's less 8: 92, so the 62-letter word still fits behind "xy <z> ".
+    EXPECT_EQ(l_output, l_bold + "OPTIONS\n" + l_normal + blanks(20) + l_bold + "-a\n" + l_normal + blanks(13) +
+                            l_bold + "--another  " + l_normal + "x" + l_bold + "y" + l_normal + " <z> " +
+                            std::string(62, 'w') + "\n" + blanks(24) + "v\n\x1b[2J\x1b[H");
+}
+#endif
+
+} // namespace

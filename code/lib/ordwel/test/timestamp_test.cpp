@@ -1,0 +1,200 @@
+#include <ordwel/timestamp.h>
+
+#include <cmath>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ordwel;
+
+TEST(timestamp, default_and_accessors)
+{
+    timestamp l_value;
+    EXPECT_EQ(l_value.time(), 0u);
+    EXPECT_EQ(l_value.resolution(), 1u);
+    l_value.time(90);
+    l_value.resolution(25);
+    EXPECT_EQ(l_value.numer(), 90u);
+    EXPECT_EQ(l_value.denom(), 25u);
+    static_assert(sizeof(timestamp) == sizeof(fraction<unsigned long long>), "no field of its own");
+}
+
+TEST(timestamp, conversions_of_three_halves)
+{
+    timestamp const l_value(3, 2);
+    unsigned long long const l_ntp = l_value.as_ntptime();
+    EXPECT_EQ(l_ntp >> 32, 1u);
+    EXPECT_EQ(l_ntp & 0xFFFFFFFFu, 2147483648u);
+    timeval const l_tv = l_value.as_timeval();
+    EXPECT_EQ(l_tv.tv_sec, 1);
+    EXPECT_EQ(l_tv.tv_usec, 500000);
+    timespec const l_ts = l_value.as_timespec();
+    EXPECT_EQ(l_ts.tv_sec, 1);
+    EXPECT_EQ(l_ts.tv_nsec, 500000000);
+    EXPECT_EQ(l_value.as_int(1000), 1500u);
+    EXPECT_EQ(l_value.as_rounded_int(1), 2u);
+    EXPECT_DOUBLE_EQ(l_value.as_float(1.0), 1.5);
+    EXPECT_DOUBLE_EQ(l_value.as_float(1000.0), 1500.0);
+}
+
+// Sub-second fields round to nearest and the rounding never carries into the seconds.
+TEST(timestamp, sub_second_rounding_table)
+{
+    struct row {
+        unsigned long long time, resolution;
+        long long tv_sec, tv_usec, ts_sec, ts_nsec;
+    } const l_rows[] = {
+        {1, 3, 0, 333333, 0, 333333333},
+        {2, 3, 0, 666667, 0, 666666667},
+        {999999999, 1000000000, 0, 1000000, 0, 999999999},
+        {19999999999ull, 10000000000ull, 1, 1000000, 1, 1000000000},
+        {4294967295ull, 4294967296ull, 0, 1000000, 0, 1000000000},
+        {7, 1, 7, 0, 7, 0},
+        {51, 25, 2, 40000, 2, 40000000},
+    };
+    for (row const &l_row : l_rows) {
+        timestamp const l_value(l_row.time, l_row.resolution);
+        timeval const l_tv = l_value.as_timeval();
+        timespec const l_ts = l_value.as_timespec();
+        EXPECT_EQ(l_tv.tv_sec, l_row.tv_sec) << l_row.time << "/" << l_row.resolution;
+        EXPECT_EQ(l_tv.tv_usec, l_row.tv_usec) << l_row.time << "/" << l_row.resolution;
+        EXPECT_EQ(l_ts.tv_sec, l_row.ts_sec) << l_row.time << "/" << l_row.resolution;
+        EXPECT_EQ(l_ts.tv_nsec, l_row.ts_nsec) << l_row.time << "/" << l_row.resolution;
+    }
+}
+
+TEST(timestamp, ntp_round_trip_and_rounding)
+{
+    unsigned long long const l_word = (1ull << 32) | 2147483648u;
+    timestamp const l_value = timestamp_with_ntptime(l_word);
+    EXPECT_EQ(l_value.resolution(), 4294967296u);
+    EXPECT_DOUBLE_EQ(l_value.as_float(1.0), 1.5);
+    EXPECT_EQ(l_value.as_ntptime(), l_word);
+    EXPECT_EQ(timestamp_with_ntptime(0xFFFFFFFFFFFFFFFFull).as_ntptime(), 0xFFFFFFFFFFFFFFFFull);
+
+    struct row {
+        unsigned long long time, resolution, ntp;
+    } const l_rows[] = {
+        {1, 3, 0x55555555ull},    // 1431655765.33 rounds down
+        {2, 3, 0xAAAAAAABull},    // 2863311530.67 rounds up
+        {1, 1000000, 4295ull},    // 4294.967296
+        {25, 25, 1ull << 32},     // exactly one second
+        {3601, 1, 3601ull << 32}, // no epoch shift
+        {1, 4294967296ull, 1},    // exact at 2^32
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(timestamp(l_row.time, l_row.resolution).as_ntptime(), l_row.ntp)
+            << l_row.time << "/" << l_row.resolution;
+    }
+}
+
+TEST(timestamp, from_timeval_and_timespec)
+{
+    timeval l_tv{};
+    l_tv.tv_sec = 12;
+    l_tv.tv_usec = 345678;
+    timestamp const l_micro = timestamp_with_timeval(l_tv);
+    EXPECT_EQ(l_micro.time(), 12345678u);
+    EXPECT_EQ(l_micro.resolution(), 1000000u);
+
+    timespec l_ts{};
+    l_ts.tv_sec = 2;
+    l_ts.tv_nsec = 5;
+    timestamp const l_nano = timestamp_with_timespec(l_ts);
+    EXPECT_EQ(l_nano.time(), 2000000005u);
+    EXPECT_EQ(l_nano.resolution(), 1000000000u);
+
+    // Fields widen with their sign: -1 s + 500,000 us wraps to 2^64 - 500,000.
+    l_tv.tv_sec = -1;
+    l_tv.tv_usec = 500000;
+    EXPECT_EQ(timestamp_with_timeval(l_tv).time(), 0ull - 500000u);
+}
+
+TEST(timestamp, text_form_table)
+{
+    struct row {
+        unsigned long long time, resolution;
+        unsigned int res;
+        char const *expected;
+    } const l_rows[] = {
+        {90061500, 1000, 1000, "25:01:01:500"},
+        {90061500, 1000, 25, "25:01:01:13"},
+        {90061500, 1000, 0, "25:01:02"},
+        {90061500, 1000, 1, "25:01:02:0"},
+        {90061500, 1000, 100, "25:01:01:50"},
+        {90061500, 1000, 101, "25:01:01:051"},
+        {9996, 10000, 1000, "00:00:01:000"},
+        {35999999, 10000, 1000, "01:00:00:000"},
+        {0, 1, 1000000000, "00:00:00:000000000"},
+        {360000000, 1, 0, "100000:00:00"},
+        {7, 0, 1000, "00:00:00:000"},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(string_with_timestamp(timestamp(l_row.time, l_row.resolution), l_row.res), l_row.expected)
+            << l_row.time << "/" << l_row.resolution << " at " << l_row.res;
+    }
+}
+
+TEST(timestamp, arithmetic_keeps_resolution)
+{
+    timestamp const l_three(3, 2);
+    timestamp const l_one(1, 2);
+    EXPECT_TRUE(l_three != l_one);
+    timestamp const l_sum = l_three + l_one;
+    EXPECT_EQ(l_sum.time(), 4u);
+    EXPECT_EQ(l_sum.resolution(), 2u);
+    // Across resolutions: 1/2 s + 250 ms.
+    timestamp const l_mixed = timestamp(1, 2) + timestamp(250, 1000);
+    EXPECT_EQ(l_mixed.time(), 750u);
+    EXPECT_EQ(l_mixed.resolution(), 1000u);
+    EXPECT_TRUE(l_mixed == timestamp(3, 4));
+}
+
+TEST(timestamp, zero_resolution_is_defined)
+{
+    timestamp const l_value(5, 0);
+    EXPECT_EQ(l_value.as_int(1000), 0u);
+    EXPECT_EQ(l_value.as_rounded_int(1000), 0u);
+    EXPECT_EQ(l_value.as_ntptime(), 0u);
+    EXPECT_EQ(l_value.as_timeval().tv_sec, 0);
+    EXPECT_EQ(l_value.as_timespec().tv_nsec, 0);
+    EXPECT_TRUE(std::isinf(l_value.as_float(1.0)));
+    EXPECT_TRUE(std::isnan(timestamp(0, 0).as_float(1.0)));
+}
+
+TEST(timestamp, utc_clock)
+{
+    timestamp const l_now = timestamp_with_utc(0, 0);
+    EXPECT_EQ(l_now.resolution(), 1000000u);
+    // Later than 2020-01-01 and earlier than 2200.
+    EXPECT_GT(l_now.time(), 1577836800ull * 1000000u);
+    EXPECT_LT(l_now.time(), 7258118400ull * 1000000u);
+
+    // Taken back to back, the offsets show beside a small drift.
+    timestamp const l_base = timestamp_with_utc(0, 0);
+    timestamp const l_ahead = timestamp_with_utc(1, 0);
+    timestamp const l_excess = timestamp_with_utc(0, 2000000);
+    unsigned long long const k_slack = 500000;
+    EXPECT_GE(l_ahead.time(), l_base.time() + 1000000u);
+    EXPECT_LT(l_ahead.time(), l_base.time() + 1000000u + k_slack);
+    EXPECT_GE(l_excess.time(), l_base.time() + 2000000u);
+    EXPECT_LT(l_excess.time(), l_base.time() + 2000000u + k_slack);
+}
+
+TEST(timestamp, counter_is_monotonic)
+{
+    unsigned long long const l_resolution = time_resolution();
+    EXPECT_GE(l_resolution, 1000u);
+    unsigned long long l_previous = time_now();
+    for (int l_index = 0; l_index < 1000; ++l_index) {
+        unsigned long long const l_next = time_now();
+        ASSERT_GE(l_next, l_previous);
+        l_previous = l_next;
+    }
+    timestamp const l_stamp(time_now(), l_resolution);
+    EXPECT_GT(l_stamp.as_float(1.0), 0.0);
+}
+
+} // namespace
