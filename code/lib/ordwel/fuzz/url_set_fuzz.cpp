@@ -1,7 +1,7 @@
 // The URL setters on arbitrary text. The first byte picks the operation, the second whether the
-// value is encoded; the rest is the URL and, behind the first newline, the value. No crash, no
-// sanitizer report; the copying twin gives what the in-place form makes; a removal never makes the
-// text longer; and the parts that a setter doesn't touch stay readable.
+// value is encoded (its low bit) and a path operation (the other bits); the rest is the URL and, behind the first
+// newline, the value. No crash, no sanitizer report; the copying twin gives what the in-place form makes; a removal
+// never makes the text longer; and the parts that a setter doesn't touch stay readable.
 
 #include <cstddef>
 #include <cstdint>
@@ -106,6 +106,74 @@ std::string new_part(std::string const &a_url, unsigned a_which, std::string con
     }
 }
 
+// The path operations: the in-place form's result, checked against the copying form.
+void check_path_operation(std::string const &a_url, unsigned a_which, std::string const &a_value)
+{
+    using namespace ordwel;
+    std::string l_url = a_url;
+    std::string l_copy;
+    unsigned const l_number = static_cast<unsigned char>(a_value.empty() ? 0 : a_value[0]) % 4;
+    switch (a_which % 13) {
+    case 0:
+        l_copy = url_path_appended(a_url, a_value);
+        url_path_append(l_url, a_value);
+        break;
+    case 1:
+        l_copy = url_path_pushed_front(a_url, a_value);
+        url_path_push_front(l_url, a_value);
+        break;
+    case 2:
+        l_copy = url_path_popped_back(a_url);
+        url_path_pop_back(l_url);
+        break;
+    case 3:
+        l_copy = url_path_popped_front(a_url);
+        url_path_pop_front(l_url);
+        break;
+    case 4:
+        l_copy = url_path_new_directory(a_url, a_value, l_number);
+        url_path_set_directory(l_url, a_value, l_number);
+        break;
+    case 5:
+        l_copy = url_path_new_file(a_url, a_value);
+        url_path_set_file(l_url, a_value);
+        break;
+    case 6:
+        l_copy = url_path_new_name(a_url, a_value);
+        url_path_set_name(l_url, a_value);
+        break;
+    case 7:
+        l_copy = url_path_new_suffix(a_url, a_value, l_number);
+        url_path_set_suffix(l_url, a_value, l_number);
+        break;
+    case 8:
+        l_copy = url_path_normalized(a_url);
+        url_path_normalize(l_url);
+        break;
+    case 9:
+        l_copy = url_path_rooted(a_url, a_value);
+        url_path_root(l_url, a_value);
+        break;
+    case 10:
+        l_copy = url_path_unrooted(a_url, a_value);
+        url_path_unroot(l_url, a_value);
+        break;
+    case 11:
+        l_copy = url_path_prepended(a_url, a_value);
+        url_path_prepend(l_url, a_value);
+        break;
+    default:
+        l_copy = l_url;
+        (void)url_path_front(a_url);
+        (void)url_path_back(a_url);
+        (void)url_path_name(a_url);
+        (void)url_path_directory(a_url, l_number);
+        (void)url_path_suffix(a_url, l_number);
+        break;
+    }
+    check(l_copy == l_url);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_size)
@@ -138,5 +206,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_
         check(url_fragment(l_edited, false) == url_fragment(l_url, false));
     }
     (void)url_protected_output(l_edited);
+    check_path_operation(l_url, a_data[1] >> 1, l_value);
     return 0;
 }

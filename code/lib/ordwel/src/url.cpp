@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include <ordwel/path.h>
 #include <ordwel/strutil.h>
 
 #include "url_scan.h"
@@ -1029,6 +1030,187 @@ std::string uri_new_scheme_specific(std::string const &a_url, std::string const 
     std::string l_copy(a_url);
     uri_set_scheme_specific(l_copy, a_value);
     return l_copy;
+}
+
+// --- The path -----------------------------------------------------------------------------------
+
+namespace {
+
+// Runs a path function over the decoded path and writes the result back encoded.
+template <typename t_edit> std::string &edit_path(std::string &a_url, t_edit const &a_edit)
+{
+    std::string l_path = url_path(a_url, true);
+    a_edit(l_path);
+    return url_set_path(a_url, l_path, true);
+}
+
+template <typename t_edit> std::string edited_path(std::string const &a_url, t_edit const &a_edit)
+{
+    std::string l_copy(a_url);
+    edit_path(l_copy, a_edit);
+    return l_copy;
+}
+
+} // namespace
+
+std::string url_path_front(std::string const &a_url)
+{
+    return path_front(url_path(a_url, true), '/');
+}
+
+std::string url_path_back(std::string const &a_url)
+{
+    return path_back(url_path(a_url, true), '/');
+}
+
+std::string url_path_file(std::string const &a_url)
+{
+    return path_file(url_path(a_url, true), '/');
+}
+
+std::string url_path_name(std::string const &a_url)
+{
+    return path_name(url_path(a_url, true), '/');
+}
+
+std::string url_path_directory(std::string const &a_url, unsigned int a_levels)
+{
+    return path_directory(url_path(a_url, true), '/', a_levels);
+}
+
+std::string url_path_suffix(std::string const &a_url, unsigned int a_count)
+{
+    return path_suffix(url_path(a_url, true), '/', a_count);
+}
+
+std::string &url_path_append(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_append(a_path, a_other, '/'); });
+}
+
+std::string url_path_appended(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_append(a_path, a_other, '/'); });
+}
+
+std::string &url_path_push_back(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_push_back(a_path, a_other, '/'); });
+}
+
+std::string url_path_pushed_back(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_push_back(a_path, a_other, '/'); });
+}
+
+std::string &url_path_prepend(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_prepend(a_path, a_other, '/'); });
+}
+
+std::string url_path_prepended(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_prepend(a_path, a_other, '/'); });
+}
+
+std::string &url_path_push_front(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_push_front(a_path, a_other, '/'); });
+}
+
+std::string url_path_pushed_front(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_push_front(a_path, a_other, '/'); });
+}
+
+std::string &url_path_pop_back(std::string &a_url)
+{
+    return edit_path(a_url, [](std::string &a_path) { path_pop_back(a_path, '/'); });
+}
+
+std::string url_path_popped_back(std::string const &a_url)
+{
+    return edited_path(a_url, [](std::string &a_path) { path_pop_back(a_path, '/'); });
+}
+
+std::string &url_path_pop_front(std::string &a_url)
+{
+    return edit_path(a_url, [](std::string &a_path) { path_pop_front(a_path, '/'); });
+}
+
+std::string url_path_popped_front(std::string const &a_url)
+{
+    return edited_path(a_url, [](std::string &a_path) { path_pop_front(a_path, '/'); });
+}
+
+std::string &url_path_set_directory(std::string &a_url, std::string const &a_directory, unsigned int a_levels)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_directory(a_path, a_directory, '/', a_levels); });
+}
+
+std::string url_path_new_directory(std::string const &a_url, std::string const &a_directory, unsigned int a_levels)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_directory(a_path, a_directory, '/', a_levels); });
+}
+
+std::string &url_path_set_file(std::string &a_url, std::string const &a_file)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_file(a_path, a_file, '/'); });
+}
+
+std::string url_path_new_file(std::string const &a_url, std::string const &a_file)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_file(a_path, a_file, '/'); });
+}
+
+std::string &url_path_set_name(std::string &a_url, std::string const &a_name)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_name(a_path, a_name, '/'); });
+}
+
+std::string url_path_new_name(std::string const &a_url, std::string const &a_name)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_name(a_path, a_name, '/'); });
+}
+
+std::string &url_path_set_suffix(std::string &a_url, std::string const &a_suffix, unsigned int a_count)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_suffix(a_path, a_suffix, '/', a_count); });
+}
+
+std::string url_path_new_suffix(std::string const &a_url, std::string const &a_suffix, unsigned int a_count)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_suffix(a_path, a_suffix, '/', a_count); });
+}
+
+std::string &url_path_normalize(std::string &a_url)
+{
+    return edit_path(a_url, [](std::string &a_path) { path_normalize(a_path, '/'); });
+}
+
+std::string url_path_normalized(std::string const &a_url)
+{
+    return edited_path(a_url, [](std::string &a_path) { path_normalize(a_path, '/'); });
+}
+
+std::string &url_path_root(std::string &a_url, std::string const &a_root)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_root(a_path, a_root); });
+}
+
+std::string url_path_rooted(std::string const &a_url, std::string const &a_root)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_root(a_path, a_root); });
+}
+
+std::string &url_path_unroot(std::string &a_url, std::string const &a_root)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_unroot(a_path, a_root); });
+}
+
+std::string url_path_unrooted(std::string const &a_url, std::string const &a_root)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_unroot(a_path, a_root); });
 }
 
 } // namespace ordwel
