@@ -48,29 +48,18 @@ struct top_level : public opt_functor {
     }
 };
 
-// A command's options and words: flags by id, and the words of no option in order.
+// A command's options, each with the one word it takes, and its words of no option, in order.
 struct command_words : public opt_functor {
-    std::vector<int> m_flags;
-    std::vector<char const *> m_words;
+    command_input m_input;
 
     int operator()(int a_id, std::vector<char const *> a_args) override
     {
         if (a_id == k_word) {
-            m_words.push_back(a_args.front());
+            m_input.m_words.push_back(a_args.front());
         } else {
-            m_flags.push_back(a_id);
+            m_input.m_options.emplace_back(a_id, a_args.empty() ? std::string() : std::string(a_args.front()));
         }
-        return 0;
-    }
-
-    bool has(int a_id) const
-    {
-        for (int const l_flag : m_flags) {
-            if (l_flag == a_id) {
-                return true;
-            }
-        }
-        return false;
+        return a_id == k_word ? 0 : static_cast<int>(a_args.size());
     }
 };
 
@@ -91,43 +80,110 @@ int show_help(bool a_html)
     return k_exit_ok;
 }
 
-int usage_error(char const *a_text)
+struct command {
+    char const *m_name;
+    void (*m_add_options)(optparser &);
+    int (*m_run)(command_input const &);
+};
+
+void add_no_options(optparser &)
 {
-    std::fprintf(stderr, "*** %s (ordwel --help tells more)\n", a_text);
-    return k_exit_usage;
 }
+
+void add_selftest_options(optparser &a_parser)
+{
+    a_parser.add_opt(k_opt_verbose, "verbose", 0, 0);
+    a_parser.add_opt(k_opt_list, "list", 0, 0);
+}
+
+void add_url_options(optparser &a_parser)
+{
+    a_parser.add_opt(k_opt_decode, "decode", 0, 0);
+    a_parser.add_opt(k_opt_encode, "encode", 0, 0);
+    a_parser.add_opt(k_opt_url_scheme, "scheme", 1, 1);
+    a_parser.add_opt(k_opt_url_authority, "authority", 1, 1);
+    a_parser.add_opt(k_opt_url_domain, "domain", 1, 1);
+    a_parser.add_opt(k_opt_url_user, "user", 1, 1);
+    a_parser.add_opt(k_opt_url_password, "password", 1, 1);
+    a_parser.add_opt(k_opt_url_host, "host", 1, 1);
+    a_parser.add_opt(k_opt_url_service, "service", 1, 1);
+    a_parser.add_opt(k_opt_url_path, "path", 1, 1);
+    a_parser.add_opt(k_opt_url_params, "params", 1, 1);
+    a_parser.add_opt(k_opt_url_query, "query", 1, 1);
+    a_parser.add_opt(k_opt_url_fragment, "fragment", 1, 1);
+}
+
+void add_path_options(optparser &a_parser)
+{
+    a_parser.add_opt(k_opt_separator, "separator", 1, 1);
+}
+
+void add_timecode_options(optparser &a_parser)
+{
+    a_parser.add_opt(k_opt_mode, "mode", 1, 1);
+    a_parser.add_opt(k_opt_add, "add", 1, 1);
+    a_parser.add_opt(k_opt_total, "total", 0, 0);
+}
+
+int run_selftest_command(command_input const &a_input)
+{
+    if (a_input.m_words.size() > 1) {
+        return usage_error("selftest takes at most one selection");
+    }
+    std::string const l_selector = a_input.m_words.empty() ? std::string() : a_input.m_words.front();
+    return a_input.has(k_opt_list) ? list_selftest(l_selector) : run_selftest(l_selector, a_input.has(k_opt_verbose));
+}
+
+int run_hexdump_command(command_input const &a_input)
+{
+    if (a_input.m_words.size() != 1) {
+        return usage_error("hexdump takes one file");
+    }
+    return run_hexdump(a_input.m_words.front());
+}
+
+command const k_commands[] = {
+    {"selftest", add_selftest_options, run_selftest_command},
+    {"hexdump", add_no_options, run_hexdump_command},
+    {"url", add_url_options, run_url},
+    {"path", add_path_options, run_path},
+    {"timecode", add_timecode_options, run_timecode},
+};
 
 int run_command(char const *a_command, unsigned int a_argc, char **a_argv)
 {
-    command_words l_words;
-    optparser l_parser(&l_words);
-    bool const l_selftest = std::strcmp(a_command, "selftest") == 0;
-    if (l_selftest) {
-        l_parser.add_opt(k_opt_verbose, "verbose", 0, 0);
-        l_parser.add_opt(k_opt_list, "list", 0, 0);
-    }
-    if (!l_parser.parse(a_argc, a_argv)) {
-        return k_exit_usage;
-    }
-    if (l_selftest) {
-        if (l_words.m_words.size() > 1) {
-            return usage_error("selftest takes at most one selection");
+    for (command const &l_command : k_commands) {
+        if (std::strcmp(a_command, l_command.m_name) == 0) {
+            command_words l_words;
+            optparser l_parser(&l_words);
+            l_command.m_add_options(l_parser);
+            if (!l_parser.parse(a_argc, a_argv)) {
+                return k_exit_usage;
+            }
+            return l_command.m_run(l_words.m_input);
         }
-        std::string const l_selector = l_words.m_words.empty() ? std::string() : l_words.m_words.front();
-        return l_words.has(k_opt_list) ? list_selftest(l_selector)
-                                       : run_selftest(l_selector, l_words.has(k_opt_verbose));
-    }
-    if (std::strcmp(a_command, "hexdump") == 0) {
-        if (l_words.m_words.size() != 1) {
-            return usage_error("hexdump takes one file");
-        }
-        return run_hexdump(l_words.m_words.front());
     }
     std::fprintf(stderr, "*** no such command `%s'\n", a_command);
     return k_exit_usage;
 }
 
 } // namespace
+
+int usage_error(char const *a_text)
+{
+    std::fprintf(stderr, "*** %s (ordwel --help tells more)\n", a_text);
+    return k_exit_usage;
+}
+
+bool command_input::has(int a_id) const
+{
+    for (auto const &l_option : m_options) {
+        if (l_option.first == a_id) {
+            return true;
+        }
+    }
+    return false;
+}
 
 int run_tool(unsigned int a_argc, char **a_argv)
 {

@@ -76,8 +76,8 @@ int opt_functor::stopped_at() const
 // ---- optparser: the table and the scan ----
 
 optparser::optparser(opt_functor *a_functor)
-    : m_functor(a_functor), m_opts(), m_split_words(), m_indentation(1), m_text_line_width(80), m_column(0),
-      m_html_output(false), m_no_console(true), m_console(nullptr), m_console_info{0, 0, 0}
+    : m_functor(a_functor), m_opts(), m_split_words(), m_parse_depth(0), m_indentation(1), m_text_line_width(80),
+      m_column(0), m_html_output(false), m_no_console(true), m_console(nullptr), m_console_info{0, 0, 0}
 {
     platform::console_state const l_console = platform::console_open();
     m_console = l_console.m_handle;
@@ -90,9 +90,10 @@ optparser::optparser(opt_functor *a_functor)
 // A copy has its own table and shares the functor. The words split from "=" forms belong to the
 // parse that made them, so a copy starts without any.
 optparser::optparser(optparser const &a_other)
-    : m_functor(a_other.m_functor), m_opts(a_other.m_opts), m_split_words(), m_indentation(a_other.m_indentation),
-      m_text_line_width(a_other.m_text_line_width), m_column(a_other.m_column), m_html_output(a_other.m_html_output),
-      m_no_console(a_other.m_no_console), m_console(a_other.m_console), m_console_info(a_other.m_console_info)
+    : m_functor(a_other.m_functor), m_opts(a_other.m_opts), m_split_words(), m_parse_depth(0),
+      m_indentation(a_other.m_indentation), m_text_line_width(a_other.m_text_line_width), m_column(a_other.m_column),
+      m_html_output(a_other.m_html_output), m_no_console(a_other.m_no_console), m_console(a_other.m_console),
+      m_console_info(a_other.m_console_info)
 {
 }
 
@@ -135,7 +136,16 @@ bool optparser::parse(unsigned int a_argc, char **a_argv)
     if (a_argc < 2 || a_argv == nullptr || m_functor == nullptr) {
         return true;
     }
-    m_split_words.clear();
+    if (m_parse_depth == 0) {
+        m_split_words.clear();
+    }
+    struct depth_guard {
+        unsigned int &m_depth;
+        explicit depth_guard(unsigned int &a_depth) : m_depth(a_depth) { ++m_depth; }
+        depth_guard(depth_guard const &) = delete;
+        depth_guard &operator=(depth_guard const &) = delete;
+        ~depth_guard() { --m_depth; }
+    } const l_depth(m_parse_depth);
 
     // The words being scanned: argv's own pointers, with each "--name=v1,v2" replaced in place by
     // "--name", "v1", "v2" when the scan reaches it.

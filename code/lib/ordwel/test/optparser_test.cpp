@@ -349,6 +349,39 @@ TEST(optparser, copies_own_their_table_and_share_the_functor)
     EXPECT_EQ(l_recorder.m_calls.size(), 4u);
 }
 
+TEST(optparser, a_parse_inside_a_callback_keeps_the_outer_words_alive)
+{
+    // The inner parse must not free the words that the outer "=" form made.
+    struct nested : public arg::opt_functor {
+        arg::optparser *m_parser = nullptr;
+        command_line *m_inner = nullptr;
+        std::vector<std::string> m_seen;
+        int operator()(int a_id, std::vector<char const *> a_args) override
+        {
+            for (char const *const l_arg : a_args) {
+                m_seen.push_back(std::to_string(a_id) + ":" + l_arg);
+            }
+            if (a_id == 'x' && m_inner != nullptr) {
+                command_line *const l_inner = m_inner;
+                m_inner = nullptr;
+                m_parser->parse(l_inner->argc(), l_inner->argv());
+                for (char const *const l_arg : a_args) {
+                    m_seen.push_back(std::string("after:") + l_arg);
+                }
+            }
+            return static_cast<int>(a_args.size());
+        }
+    } l_functor;
+    arg::optparser l_parser(&l_functor);
+    l_parser.add_opt('x', "xx", 1, 2);
+    command_line l_outer({"--xx=one,two"});
+    command_line l_inner({"--xx=in"});
+    l_functor.m_parser = &l_parser;
+    l_functor.m_inner = &l_inner;
+    EXPECT_TRUE(l_parser.parse(l_outer.argc(), l_outer.argv()));
+    EXPECT_EQ(l_functor.m_seen, (std::vector<std::string>{"120:one", "120:two", "120:in", "after:one", "after:two"}));
+}
+
 TEST(optparser, callback_exception_passes_through_and_earlier_calls_stand)
 {
     struct thrower : public arg::opt_functor {

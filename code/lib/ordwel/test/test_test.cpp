@@ -59,17 +59,15 @@ TEST(test_registry, built_in_units_are_registered_at_load)
     EXPECT_EQ(names_of_units(*l_registry.find("ordkin")->second), (std::vector<std::string>{"parseopt"}));
     // By name, not in order of registration.
     EXPECT_EQ(names_of_units(*l_registry.find("ordwel")->second),
-              (std::vector<std::string>{"object", "object_refcount", "types"}));
+              (std::vector<std::string>{"object", "object_refcount", "timecode", "types"}));
 
     struct row {
         char const *suite;
         char const *unit;
         uint64 size;
     } const l_rows[] = {
-        {"ordwel", "object_refcount", 4},
-        {"ordwel", "object", 2},
-        {"ordkin", "parseopt", 25},
-        {"ordwel", "types", 10},
+        {"ordwel", "object_refcount", 4}, {"ordwel", "object", 2}, {"ordkin", "parseopt", 25},
+        {"ordwel", "timecode", 11},       {"ordwel", "types", 10},
     };
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(l_row.unit);
@@ -84,6 +82,10 @@ TEST(test_registry, built_in_units_are_registered_at_load)
                                         "parse5_2", "parse6",   "parse8",   "parse9",  "parse10", "parse11", "parse12",
                                         "parse13",  "parse14",  "parse15",  "parse16", "parse17", "parse18", "parse19",
                                         "parse20",  "parse21",  "parse30",  "parse31"}));
+    EXPECT_EQ(names_of_cases(unit_named("ordwel", "timecode")),
+              (std::vector<std::string>{"creation", "initialization", "comparison", "copy creation", "base resolution",
+                                        "get/set", "operators", "conversion", "jump detection", "total with dropframe",
+                                        "invalid"}));
     EXPECT_EQ(names_of_cases(unit_named("ordwel", "types")).front(), "type size sint8");
     EXPECT_EQ(names_of_cases(unit_named("ordwel", "types")).back(), "type size float64");
 }
@@ -123,7 +125,7 @@ TEST(test_registry, every_built_in_case_passes)
     }
     std::string const l_output = testing::internal::GetCapturedStdout();
     std::string const l_errors = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(l_cases, 4 + 2 + 25 + 10);
+    EXPECT_EQ(l_cases, 4 + 2 + 25 + 11 + 10);
     EXPECT_THAT(l_failures, testing::IsEmpty());
     // The help case writes its screen; the failing parses their messages.
     EXPECT_THAT(l_output, testing::HasSubstr("DESCRIPTION\n"));

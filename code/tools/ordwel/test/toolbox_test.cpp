@@ -115,6 +115,7 @@ TEST(toolbox_selftest, built_in_cases_pass_and_selection_narrows)
         {"ordkin/parseopt/parse14", "1 passed, 0 failed"},
         {"ordwel/object_refcount", "4 passed, 0 failed"},
         {"ordwel/types", "10 passed, 0 failed"},
+        {"ordwel/timecode", "11 passed, 0 failed"},
     };
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(l_row.selector);
@@ -218,6 +219,111 @@ TEST(toolbox, hexdump_of_a_file)
     outcome const l_missing = run_tool({"hexdump", l_path});
     EXPECT_EQ(l_missing.status, ordwel_toolbox::k_exit_failed);
     EXPECT_EQ(l_missing.err, "*** cannot open file `" + l_path + "'\n");
+}
+
+TEST(toolbox, url_parts_and_editing)
+{
+    std::string const l_url = "http://dom;joe:se%20cret@[fe80::1]:8080/a/b%20c;p=1?q=2#frag";
+    outcome const l_parts = run_tool({"url", l_url});
+    EXPECT_EQ(l_parts.status, 0);
+    EXPECT_EQ(lines_of(l_parts.out), (std::vector<std::string>{
+                                         "scheme      http",
+                                         "authority   dom;joe:se%20cret@[fe80::1]:8080",
+                                         "domain      dom",
+                                         "user        joe",
+                                         "password    se%20cret",
+                                         "host        fe80::1",
+                                         "service     8080",
+                                         "path        /a/b%20c",
+                                         "params      p=1",
+                                         "query       q=2",
+                                         "fragment    frag",
+                                     }));
+    outcome const l_decoded = run_tool({"url", "--decode", l_url});
+    EXPECT_THAT(l_decoded.out, HasSubstr("\npassword    se cret\n"));
+    EXPECT_THAT(l_decoded.out, HasSubstr("\npath        /a/b c\n"));
+
+    struct row {
+        std::vector<std::string> words;
+        std::string expected;
+    } const l_rows[] = {
+        {{"url", "--host", "example.org", "http://h:80/a"}, "http://example.org:80/a\n"},
+        {{"url", "--service", "", "--query=x=1", "http://h:80/a"}, "http://h/a?x=1\n"},
+        {{"url", "-e", "--path", "/a b", "http://h"}, "http://h/a%20b\n"},
+        {{"url", "--scheme", "ftp", "--fragment", "f", "http://h/"}, "ftp://h/#f\n"},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.expected);
+        outcome const l_run = run_tool(l_row.words);
+        EXPECT_EQ(l_run.status, 0);
+        EXPECT_EQ(l_run.out, l_row.expected);
+    }
+    EXPECT_EQ(run_tool({"url"}).err, "*** url takes one URL (ordwel --help tells more)\n");
+    EXPECT_EQ(run_tool({"url", "--host"}).err, "*** too few arguments for option `host'\n");
+}
+
+TEST(toolbox, path_normalized_and_taken_apart)
+{
+    outcome const l_run = run_tool({"path", "/a/b/../c//file.tar.gz"});
+    EXPECT_EQ(l_run.status, 0);
+    EXPECT_EQ(lines_of(l_run.out), (std::vector<std::string>{
+                                       "normalized  /a/c/file.tar.gz",
+                                       "directory   /a/b/../c//",
+                                       "file        file.tar.gz",
+                                       "name        file.tar",
+                                       "suffix      gz",
+                                   }));
+    outcome const l_windows = run_tool({"path", "-s", "\\", "C:\\x\\.\\y.txt"});
+    EXPECT_EQ(lines_of(l_windows.out).front(), "normalized  C:\\x\\y.txt");
+    EXPECT_EQ(lines_of(l_windows.out).back(), "suffix      txt");
+    EXPECT_EQ(run_tool({"path", "-s", "ab", "x"}).err,
+              "*** the separator is one character (ordwel --help tells more)\n");
+}
+
+TEST(toolbox, timecode_conversion_stepping_and_counting)
+{
+    struct row {
+        std::vector<std::string> words;
+        std::string expected;
+    } const l_rows[] = {
+        {{"timecode", "01:02:03:04@25"}, "01:02:03:04@25\n"},
+        {{"timecode", "00:00:59;29@29.97", "--add", "1", "-t"}, "00:01:00;02@29.97\n1800\n"},
+        {{"timecode", "00:09:59;29@29.97", "-a", "1"}, "00:10:00;00@29.97\n"},
+        {{"timecode", "01:00:00:00@25", "--mode", "30", "--total"}, "01:00:00:00@30\n108000\n"},
+        {{"timecode", "01:00:00:00@25", "--add", "-1"}, "00:59:59:24@25\n"},
+        {{"timecode", "01:00:00:00@25", "-a", "5", "-m", "50"}, "01:00:00:10@50\n"},
+        {{"timecode", "01:00:00;00@29.97", "-t"}, "01:00:00;00@29.97\n107892\n"},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.expected);
+        outcome const l_run = run_tool(l_row.words);
+        EXPECT_EQ(l_run.status, 0);
+        EXPECT_EQ(l_run.out, l_row.expected);
+        EXPECT_EQ(l_run.err, "");
+    }
+
+    struct error_row {
+        std::vector<std::string> words;
+        int status;
+        std::string error;
+    } const l_errors[] = {
+        {{"timecode", "01:02"}, ordwel_toolbox::k_exit_failed, "*** Invalid timecode '01:02'\n"},
+        {{"timecode", "01:02:03:04"},
+         ordwel_toolbox::k_exit_failed,
+         "*** timecode `01:02:03:04' has no frame mode (hh:mm:ss:ff@mode)\n"},
+        {{"timecode", "01:02:03:04@25", "-m", "31"}, ordwel_toolbox::k_exit_usage, "*** no such frame mode `31'\n"},
+        {{"timecode", "01:02:03:04@25", "-a", "x"}, ordwel_toolbox::k_exit_usage, "*** not a number of frames `x'\n"},
+        {{"timecode", "01:02:03:04@25", "-a", "99999999999"},
+         ordwel_toolbox::k_exit_usage,
+         "*** not a number of frames `99999999999'\n"},
+    };
+    for (error_row const &l_row : l_errors) {
+        SCOPED_TRACE(l_row.error);
+        outcome const l_run = run_tool(l_row.words);
+        EXPECT_EQ(l_run.status, l_row.status);
+        EXPECT_EQ(l_run.err, l_row.error);
+        EXPECT_EQ(l_run.out, "");
+    }
 }
 
 } // namespace

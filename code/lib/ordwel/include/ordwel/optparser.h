@@ -124,7 +124,9 @@ private:
     opt_functor *m_functor;
     opts m_opts;
     // Words made from --name=v1,v2 forms; a deque, so the words already handed out never move.
+    // Cleared when an outermost parse starts: a parse called from a callback keeps its caller's.
     std::deque<std::string> m_split_words;
+    unsigned int m_parse_depth;
 
     uint32 m_indentation;
     uint32 m_text_line_width;
