@@ -1,7 +1,6 @@
 #include <ordwel/path.h>
 
-#include <cstring>
-#include <utility>
+#include <algorithm>
 #include <vector>
 
 #include <ordwel/string_helpers.h>
@@ -284,33 +283,50 @@ std::string path_new_suffix(std::string const &a_path, std::string const &a_suff
     return path_set_suffix(l_copy, a_suffix, a_sep, a_count);
 }
 
+namespace {
+
 // The components are kept as places in the original text, so nothing is copied until the result
-// is put together.
-std::string &path_normalize(std::string &a_path, char a_sep)
+// is put together. The list never holds more entries than the text has components, which are
+// counted first: usual paths keep it on the stack.
+std::string normalized_text(std::string const &a_path, char a_sep)
 {
-    using component = std::pair<size_type, size_type>; // start, length
-    std::vector<component> l_kept;
+    struct component {
+        size_type start;
+        size_type length;
+    };
     char const *const l_data = a_path.data();
     size_type const l_size = a_path.size();
+    size_type const l_count = static_cast<size_type>(std::count(l_data, l_data + l_size, a_sep)) + 1;
+    constexpr size_type k_inline = 64;
+    component l_inline[k_inline];
+    std::vector<component> l_spill;
+    component *l_kept = l_inline;
+    if (l_count > k_inline) {
+        l_spill.resize(l_count);
+        l_kept = l_spill.data();
+    }
+    size_type l_kept_count = 0;
     size_type l_start = 0;
     for (;;) {
-        auto const *const l_found = static_cast<char const *>(std::memchr(l_data + l_start, a_sep, l_size - l_start));
-        size_type const l_end = l_found == nullptr ? l_size : static_cast<size_type>(l_found - l_data);
+        size_type l_end = l_start;
+        while (l_end < l_size && l_data[l_end] != a_sep) {
+            ++l_end;
+        }
         size_type const l_length = l_end - l_start;
         bool const l_first = l_start == 0;
-        bool const l_last = l_found == nullptr;
+        bool const l_last = l_end == l_size;
         if (l_length == 0 || (l_length == 1 && l_data[l_start] == '.')) {
             if (l_first || l_last) {
-                l_kept.emplace_back(l_start, 0);
+                l_kept[l_kept_count++] = component{l_start, 0};
             }
         } else if (l_length == 2 && l_data[l_start] == '.' && l_data[l_start + 1] == '.') {
-            if (l_kept.empty()) {
-                l_kept.emplace_back(l_start, l_length);
+            if (l_kept_count == 0) {
+                l_kept[l_kept_count++] = component{l_start, l_length};
             } else {
-                l_kept.pop_back();
+                --l_kept_count;
             }
         } else {
-            l_kept.emplace_back(l_start, l_length);
+            l_kept[l_kept_count++] = component{l_start, l_length};
         }
         if (l_last) {
             break;
@@ -318,26 +334,33 @@ std::string &path_normalize(std::string &a_path, char a_sep)
         l_start = l_end + 1;
     }
     std::string l_result;
-    if (!l_kept.empty()) {
-        size_type l_total = l_kept.size() - 1;
-        for (component const &l_component : l_kept) {
-            l_total += l_component.second;
+    if (l_kept_count != 0) {
+        size_type l_total = l_kept_count - 1;
+        for (size_type l_index = 0; l_index < l_kept_count; ++l_index) {
+            l_total += l_kept[l_index].length;
         }
         l_result.reserve(l_total);
-        l_result.append(l_data + l_kept.front().first, l_kept.front().second);
-        for (auto l_iter = l_kept.begin() + 1; l_iter != l_kept.end(); ++l_iter) {
+        l_result.append(l_data + l_kept[0].start, l_kept[0].length);
+        for (size_type l_index = 1; l_index < l_kept_count; ++l_index) {
             l_result.push_back(a_sep);
-            l_result.append(l_data + l_iter->first, l_iter->second);
+            l_result.append(l_data + l_kept[l_index].start, l_kept[l_index].length);
         }
     }
+    return l_result;
+}
+
+} // namespace
+
+std::string &path_normalize(std::string &a_path, char a_sep)
+{
+    std::string l_result = normalized_text(a_path, a_sep);
     a_path.swap(l_result);
     return a_path;
 }
 
 std::string path_normalized(std::string const &a_path, char a_sep)
 {
-    std::string l_copy(a_path);
-    return path_normalize(l_copy, a_sep);
+    return normalized_text(a_path, a_sep);
 }
 
 std::string &path_root(std::string &a_path, std::string const &a_root)

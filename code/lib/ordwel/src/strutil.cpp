@@ -201,10 +201,12 @@ void kvmap_with_kvstr(std::map<std::string, std::string> &a_map, std::string con
                 l_pair_end = static_cast<size_type>(l_found - l_data);
             }
         }
+        // The value runs from behind the mark to the pair's end; a mark at the text's end (no
+        // separator left) or at a pair separator leaves it empty.
         size_type const l_value_start = l_mark + 1;
         size_type const l_value_length = l_value_start < l_pair_end ? l_pair_end - l_value_start : 0;
-        insert_last_wins(a_map, l_data + l_position, l_mark - l_position, l_data + (l_value_length ? l_value_start : 0),
-                         l_value_length);
+        char const *const l_value = l_value_length != 0 ? l_data + l_value_start : l_data;
+        insert_last_wins(a_map, l_data + l_position, l_mark - l_position, l_value, l_value_length);
         if (l_pair_end == l_size) {
             return;
         }

@@ -207,6 +207,39 @@ unsigned int base_of(timecode::mode_type a_mode)
     return static_cast<unsigned int>(a_mode) & 0xFFu;
 }
 
+// The four display fields from one pass of divisions (each field reads 0 at a base of 0).
+struct label_fields {
+    unsigned int hour, minute, second, frame;
+};
+
+label_fields fields_of(unsigned int a_position, unsigned int a_base)
+{
+    if (a_base == 0) {
+        return label_fields{0, 0, 0, 0};
+    }
+    unsigned int const l_seconds = a_position / a_base;
+    unsigned int const l_minutes = l_seconds / 60u;
+    return label_fields{l_minutes / 60u, l_minutes % 60u, l_seconds % 60u, a_position % a_base};
+}
+
+// "%02u" into a_out: at least two digits.
+char *put_two_digits(char *a_out, unsigned int a_value)
+{
+    char l_digits[10];
+    int l_count = 0;
+    do {
+        l_digits[l_count++] = static_cast<char>('0' + a_value % 10u);
+        a_value /= 10u;
+    } while (a_value != 0);
+    if (l_count == 1) {
+        *a_out++ = '0';
+    }
+    while (l_count > 0) {
+        *a_out++ = l_digits[--l_count];
+    }
+    return a_out;
+}
+
 } // namespace
 
 // ---------------------------------------------------------------------------------------------
@@ -387,6 +420,11 @@ void timecode::increment(unsigned int a_frames)
     if (l_k != 0) {
         unsigned int const l_minute = m_denom * 60u;
         unsigned int const l_crossed = quotient(a_frames + remainder(m_numer, l_minute), l_minute);
+        if (l_crossed == 0) {
+            // Within the minute (nearly every step): nothing to skip, and no minute to work out.
+            m_numer += a_frames;
+            return;
+        }
         unsigned int const l_units = minute() % 10u;
         m_numer += a_frames + l_k * (l_crossed - (l_units + l_crossed) / 10u);
         return;
@@ -405,24 +443,22 @@ void timecode::decrement(unsigned int a_frames)
     u64 const l_minute = u64(m_denom) * 60u;
     if (l_k != 0 && l_minute > l_k) {
         dropframe const l_drop{l_k, l_minute};
-        u64 const l_count = l_drop.count_of(m_numer);
-        if (l_count < a_frames) {
-            // Before 00:00:00;00 the frame count wraps in 32 bits, as the plain modes' position does.
-            m_numer = static_cast<unsigned int>(l_drop.label_of(static_cast<unsigned int>(l_count - a_frames)));
-            return;
-        }
+        long long const l_back = static_cast<long long>(l_drop.count_of(m_numer)) - static_cast<long long>(a_frames);
         // Steps that increment makes exactly (all up to a minute less the skipped labels) are
         // undone by counting back.
-        u64 const l_back = l_count - a_frames;
-        u64 const l_label = l_drop.label_of(l_back);
-        if (l_drop.stepped(l_label, a_frames) == m_numer) {
-            m_numer = static_cast<unsigned int>(l_label);
-            return;
+        if (l_back >= 0) {
+            u64 const l_label = l_drop.label_of(static_cast<u64>(l_back));
+            if (l_drop.stepped(l_label, a_frames) == m_numer) {
+                m_numer = static_cast<unsigned int>(l_label);
+                return;
+            }
         }
-        // A longer step counts the minutes it crosses nominally and can land further on; find the
-        // shown label it came from. stepped() rises strictly over shown labels, so search it.
-        u64 l_low = l_back + 1;
-        u64 l_high = l_back + u64(l_k) * (a_frames / l_minute + 2) + 1;
+        // A longer step counts the minutes it crosses nominally and lands further on than the true
+        // count, by less than k labels per minute crossed; find the shown label it came from.
+        // stepped() rises strictly over shown labels, so a binary search finds it.
+        long long const l_reach = static_cast<long long>(l_k * (a_frames / l_minute + 2) + 1);
+        u64 l_low = static_cast<u64>(l_back > 0 ? l_back : 0);
+        u64 l_high = static_cast<u64>(l_back + l_reach > 0 ? l_back + l_reach : 0);
         while (l_low < l_high) {
             u64 const l_middle = l_low + (l_high - l_low) / 2;
             if (l_drop.stepped(l_drop.label_of(l_middle), a_frames) < m_numer) {
@@ -432,7 +468,14 @@ void timecode::decrement(unsigned int a_frames)
             }
         }
         u64 const l_found = l_drop.label_of(l_low);
-        m_numer = static_cast<unsigned int>(l_drop.stepped(l_found, a_frames) == m_numer ? l_found : l_label);
+        if (l_drop.stepped(l_found, a_frames) == m_numer) {
+            m_numer = static_cast<unsigned int>(l_found);
+        } else if (l_back >= 0) {
+            m_numer = static_cast<unsigned int>(l_drop.label_of(static_cast<u64>(l_back)));
+        } else {
+            // Before 00:00:00;00 the frame count wraps in 32 bits, as the plain modes' position does.
+            m_numer = static_cast<unsigned int>(l_drop.label_of(static_cast<unsigned int>(l_back)));
+        }
         return;
     }
     if (m_mode == mode_23_976) {
@@ -583,8 +626,12 @@ timecode timecode_with_timestamp(timecode::mode_type a_mode, timestamp const &a_
     u64 const l_base = l_result.base();
     u64 const l_time = a_timestamp.time();
     u64 const l_resolution = a_timestamp.resolution();
-    u64 const l_frames =
-        quotient(l_time, l_resolution) * l_base + quotient(u64(l_base * remainder(l_time, l_resolution)), l_resolution);
+    // (t / r)·base + (base·(t mod r)) / r is (t·base) / r whenever t·base fits: one division
+    // instead of two.
+    u64 const l_frames = l_base != 0 && l_time <= ~u64(0) / l_base
+                             ? quotient(l_time * l_base, l_resolution)
+                             : quotient(l_time, l_resolution) * l_base +
+                                   quotient(u64(l_base * remainder(l_time, l_resolution)), l_resolution);
     l_result.total_frames(static_cast<unsigned int>(l_frames));
     l_result.factor(a_factor);
     return l_result;
@@ -621,8 +668,18 @@ std::string string_with_timecode(timecode const &a_timecode, bool a_flag)
         return std::string();
     }
     char const l_separator = a_timecode.is_dropframe() ? (a_flag ? ';' : ',') : (a_flag ? ':' : '.');
-    return string_with_format("%02u:%02u:%02u%c%02u", a_timecode.hour(), a_timecode.minute(), a_timecode.second(),
-                              l_separator, a_timecode.frame());
+    // "%02u:%02u:%02u%c%02u", written directly: this is called once per frame in a player's or
+    // logger's loop, and the printf machinery costs ten times the rest.
+    label_fields const l_fields = fields_of(a_timecode.numer(), a_timecode.base());
+    char l_text[4 * 10 + 4];
+    char *l_out = put_two_digits(l_text, l_fields.hour);
+    *l_out++ = ':';
+    l_out = put_two_digits(l_out, l_fields.minute);
+    *l_out++ = ':';
+    l_out = put_two_digits(l_out, l_fields.second);
+    *l_out++ = l_separator;
+    l_out = put_two_digits(l_out, l_fields.frame);
+    return std::string(l_text, l_out);
 }
 
 } // namespace ordwel

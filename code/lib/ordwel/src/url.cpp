@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include <ordwel/path.h>
 #include <ordwel/strutil.h>
 
 #include "url_scan.h"
@@ -46,11 +47,25 @@ size_type find_either(char const *a_data, size_type a_from, size_type a_to, char
     return a_to;
 }
 
+// A byte set as a table: one load per byte instead of a compare per member.
+template <char... t_set> struct byte_set {
+    bool m_member[256];
+
+    constexpr byte_set() : m_member()
+    {
+        for (char const l_byte : {t_set...}) {
+            m_member[static_cast<unsigned char>(l_byte)] = true;
+        }
+    }
+};
+
+template <char... t_set> constexpr byte_set<t_set...> k_byte_set{};
+
 template <char... t_set> size_type find_any(char const *a_data, size_type a_from, size_type a_to)
 {
+    bool const *const l_member = k_byte_set<t_set...>.m_member;
     for (size_type l_iter = a_from; l_iter < a_to; ++l_iter) {
-        char const l_byte = a_data[l_iter];
-        if (((l_byte == t_set) || ...)) {
+        if (l_member[static_cast<unsigned char>(a_data[l_iter])]) {
             return l_iter;
         }
     }
@@ -216,6 +231,8 @@ struct coding_tables {
 constexpr coding_tables k_coding;
 constexpr char k_hex_digits[] = "0123456789abcdef";
 
+// One pass byte by byte: in encoded text '%' is frequent, and a search call per '%' costs more
+// than the plain loop.
 void append_decoded(std::string &a_out, char const *a_data, size_type a_size)
 {
     if (a_size <= 2) {
@@ -224,31 +241,32 @@ void append_decoded(std::string &a_out, char const *a_data, size_type a_size)
     }
     size_type const l_start = a_out.size();
     a_out.resize(l_start + a_size);
-    char *const l_out = &a_out[0];
-    size_type l_write = l_start;
-    size_type l_read = 0;
-    size_type const l_last = a_size - 2; // a '%' from here on has no two bytes behind it
+    char *const l_begin = &a_out[0] + l_start;
+    char *l_out = l_begin;
+    char const *l_read = a_data;
+    char const *const l_last = a_data + a_size - 2; // a '%' from here on has no two bytes behind it
+    char const *const l_end = a_data + a_size;
     while (l_read < l_last) {
-        size_type const l_percent = find_byte(a_data, '%', l_read, l_last);
-        std::memcpy(l_out + l_write, a_data + l_read, l_percent - l_read);
-        l_write += l_percent - l_read;
-        l_read = l_percent;
-        if (l_read == l_last) {
-            break;
+        char const l_byte = *l_read;
+        if (l_byte != '%') {
+            *l_out++ = l_byte;
+            ++l_read;
+            continue;
         }
-        unsigned int const l_value = 16u * k_coding.m_hex_value[static_cast<unsigned char>(a_data[l_read + 1])] +
-                                     k_coding.m_hex_value[static_cast<unsigned char>(a_data[l_read + 2])];
+        unsigned int const l_value = 16u * k_coding.m_hex_value[static_cast<unsigned char>(l_read[1])] +
+                                     k_coding.m_hex_value[static_cast<unsigned char>(l_read[2])];
         if (l_value != 0) {
-            l_out[l_write++] = static_cast<char>(l_value);
+            *l_out++ = static_cast<char>(l_value);
             l_read += 3;
         } else {
-            l_out[l_write++] = '%';
-            l_read += 1;
+            *l_out++ = '%';
+            ++l_read;
         }
     }
-    std::memcpy(l_out + l_write, a_data + l_read, a_size - l_read);
-    l_write += a_size - l_read;
-    a_out.resize(l_write);
+    while (l_read < l_end) {
+        *l_out++ = *l_read++;
+    }
+    a_out.resize(l_start + static_cast<size_type>(l_out - l_begin));
 }
 
 std::string stretch(std::string const &a_url, size_type a_from, size_type a_to, bool a_decode)
@@ -1012,6 +1030,187 @@ std::string uri_new_scheme_specific(std::string const &a_url, std::string const 
     std::string l_copy(a_url);
     uri_set_scheme_specific(l_copy, a_value);
     return l_copy;
+}
+
+// --- The path -----------------------------------------------------------------------------------
+
+namespace {
+
+// Runs a path function over the decoded path and writes the result back encoded.
+template <typename t_edit> std::string &edit_path(std::string &a_url, t_edit const &a_edit)
+{
+    std::string l_path = url_path(a_url, true);
+    a_edit(l_path);
+    return url_set_path(a_url, l_path, true);
+}
+
+template <typename t_edit> std::string edited_path(std::string const &a_url, t_edit const &a_edit)
+{
+    std::string l_copy(a_url);
+    edit_path(l_copy, a_edit);
+    return l_copy;
+}
+
+} // namespace
+
+std::string url_path_front(std::string const &a_url)
+{
+    return path_front(url_path(a_url, true), '/');
+}
+
+std::string url_path_back(std::string const &a_url)
+{
+    return path_back(url_path(a_url, true), '/');
+}
+
+std::string url_path_file(std::string const &a_url)
+{
+    return path_file(url_path(a_url, true), '/');
+}
+
+std::string url_path_name(std::string const &a_url)
+{
+    return path_name(url_path(a_url, true), '/');
+}
+
+std::string url_path_directory(std::string const &a_url, unsigned int a_levels)
+{
+    return path_directory(url_path(a_url, true), '/', a_levels);
+}
+
+std::string url_path_suffix(std::string const &a_url, unsigned int a_count)
+{
+    return path_suffix(url_path(a_url, true), '/', a_count);
+}
+
+std::string &url_path_append(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_append(a_path, a_other, '/'); });
+}
+
+std::string url_path_appended(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_append(a_path, a_other, '/'); });
+}
+
+std::string &url_path_push_back(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_push_back(a_path, a_other, '/'); });
+}
+
+std::string url_path_pushed_back(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_push_back(a_path, a_other, '/'); });
+}
+
+std::string &url_path_prepend(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_prepend(a_path, a_other, '/'); });
+}
+
+std::string url_path_prepended(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_prepend(a_path, a_other, '/'); });
+}
+
+std::string &url_path_push_front(std::string &a_url, std::string const &a_other)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_push_front(a_path, a_other, '/'); });
+}
+
+std::string url_path_pushed_front(std::string const &a_url, std::string const &a_other)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_push_front(a_path, a_other, '/'); });
+}
+
+std::string &url_path_pop_back(std::string &a_url)
+{
+    return edit_path(a_url, [](std::string &a_path) { path_pop_back(a_path, '/'); });
+}
+
+std::string url_path_popped_back(std::string const &a_url)
+{
+    return edited_path(a_url, [](std::string &a_path) { path_pop_back(a_path, '/'); });
+}
+
+std::string &url_path_pop_front(std::string &a_url)
+{
+    return edit_path(a_url, [](std::string &a_path) { path_pop_front(a_path, '/'); });
+}
+
+std::string url_path_popped_front(std::string const &a_url)
+{
+    return edited_path(a_url, [](std::string &a_path) { path_pop_front(a_path, '/'); });
+}
+
+std::string &url_path_set_directory(std::string &a_url, std::string const &a_directory, unsigned int a_levels)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_directory(a_path, a_directory, '/', a_levels); });
+}
+
+std::string url_path_new_directory(std::string const &a_url, std::string const &a_directory, unsigned int a_levels)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_directory(a_path, a_directory, '/', a_levels); });
+}
+
+std::string &url_path_set_file(std::string &a_url, std::string const &a_file)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_file(a_path, a_file, '/'); });
+}
+
+std::string url_path_new_file(std::string const &a_url, std::string const &a_file)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_file(a_path, a_file, '/'); });
+}
+
+std::string &url_path_set_name(std::string &a_url, std::string const &a_name)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_name(a_path, a_name, '/'); });
+}
+
+std::string url_path_new_name(std::string const &a_url, std::string const &a_name)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_name(a_path, a_name, '/'); });
+}
+
+std::string &url_path_set_suffix(std::string &a_url, std::string const &a_suffix, unsigned int a_count)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_set_suffix(a_path, a_suffix, '/', a_count); });
+}
+
+std::string url_path_new_suffix(std::string const &a_url, std::string const &a_suffix, unsigned int a_count)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_set_suffix(a_path, a_suffix, '/', a_count); });
+}
+
+std::string &url_path_normalize(std::string &a_url)
+{
+    return edit_path(a_url, [](std::string &a_path) { path_normalize(a_path, '/'); });
+}
+
+std::string url_path_normalized(std::string const &a_url)
+{
+    return edited_path(a_url, [](std::string &a_path) { path_normalize(a_path, '/'); });
+}
+
+std::string &url_path_root(std::string &a_url, std::string const &a_root)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_root(a_path, a_root); });
+}
+
+std::string url_path_rooted(std::string const &a_url, std::string const &a_root)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_root(a_path, a_root); });
+}
+
+std::string &url_path_unroot(std::string &a_url, std::string const &a_root)
+{
+    return edit_path(a_url, [&](std::string &a_path) { path_unroot(a_path, a_root); });
+}
+
+std::string url_path_unrooted(std::string const &a_url, std::string const &a_root)
+{
+    return edited_path(a_url, [&](std::string &a_path) { path_unroot(a_path, a_root); });
 }
 
 } // namespace ordwel

@@ -329,6 +329,9 @@ TEST(strutil_replace, string_map_runs_entry_after_entry)
     EXPECT_EQ(strutil::string_replaced("abb", std::map<std::string, std::string>{{"b", "x"}, {"ab", "y"}}), "yx");
     // An empty key changes nothing.
     EXPECT_EQ(strutil::string_replaced("abc", std::map<std::string, std::string>{{"", "z"}}), "abc");
+    // Braced tables pick their form without naming the map type.
+    EXPECT_EQ(strutil::string_replaced("ab", {{'a', "x"}}), "xb");
+    EXPECT_EQ(strutil::string_replaced("ab", {{"ab", "y"}}), "y");
     // The byte and string forms of ordwel::replace still resolve beside the map forms.
     EXPECT_EQ(ordwel::string_replaced("a-b", '-', "+"), "a+b");
     EXPECT_EQ(ordwel::string_replaced("a--b", "--", "+"), "a+b");
@@ -421,6 +424,22 @@ TEST(strutil_wide, round_trip_of_every_basic_plane_code_point)
     }
     EXPECT_EQ(string_to_wstring(l_text), l_wide);
     EXPECT_EQ(wstring_to_string(l_wide), l_text);
+}
+
+TEST(strutil_wide, ascii_runs_of_every_length_around_other_characters)
+{
+    // Non-ASCII characters at every offset within and across eight-byte runs of ASCII.
+    for (std::size_t l_before = 0; l_before < 20; ++l_before) {
+        for (std::size_t l_after = 0; l_after < 20; l_after += 3) {
+            std::string const l_text =
+                std::string(l_before, 'a') + "\xC3\xA9" + std::string(l_after, 'z') + "\xE2\x82\xAC";
+            std::wstring const l_wide =
+                std::wstring(l_before, L'a') + wide_of(0xE9) + std::wstring(l_after, L'z') + wide_of(0x20AC);
+            SCOPED_TRACE(l_text);
+            EXPECT_EQ(string_to_wstring(l_text), l_wide);
+            EXPECT_EQ(wstring_to_string(l_wide), l_text);
+        }
+    }
 }
 
 TEST(strutil_wide, stops_at_the_first_nul)

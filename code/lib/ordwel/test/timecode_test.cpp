@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <ordwel/es.h>
+#include <ordwel/string_helpers.h>
 
 namespace {
 
@@ -120,6 +121,22 @@ TEST(timecode, initialisation)
     // The nominal base and truncation: 1/3 s at 25 is frame 8.
     EXPECT_EQ(text(timecode_with_timestamp(tc::mode_25, timestamp(1, 3), 1)), "00:00:00:08");
     EXPECT_EQ(text(timecode_with_timestamp(tc::mode_29_97, timestamp(600, 1), 1)), "00:10:00;18");
+    // Both ways of counting frames agree: one product when it fits, split by whole seconds when not.
+    struct row {
+        unsigned long long time, resolution;
+        unsigned int frames;
+    } const l_rows[] = {
+        {90000ull * 3600, 90000, 90000},
+        {1ull << 60, 1ull << 40, 25u << 20},
+        {0xFFFFFFFFFFFFFFFFull, 0xFFFFFFFFFFFFFFFFull, 25},
+        {0xFFFFFFFFFFFFFFFFull, 1ull << 62, 75}, // base·(t mod r) wraps in 64 bits
+        {7, 0, 0},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(timecode_with_timestamp(tc::mode_25, timestamp(l_row.time, l_row.resolution), 1).total_frames(),
+                  l_row.frames)
+            << l_row.time << "/" << l_row.resolution;
+    }
 }
 
 TEST(timecode, comparisons)
@@ -187,6 +204,26 @@ TEST(timecode, separators)
         EXPECT_EQ(string_with_timecode(tc(l_row.mode, 1, 2, 3, 4, 1), l_row.flag), l_row.expected);
     }
     EXPECT_EQ(text(tc(tc::mode_60, 123, 0, 0, 7, 1)), "123:00:00:07");
+}
+
+// The text is written without printf; it must match "%02u:%02u:%02u%c%02u" on every field size.
+TEST(timecode, text_matches_printf_form)
+{
+    unsigned int const l_positions[] = {0, 1, 9, 10, 99, 100, 1799, 1802, 107892, 2591999, 359999999, 0xFFFFFFFFu};
+    unsigned int const l_bases[] = {1, 24, 30, 60, 150, 255, 0};
+    for (unsigned int l_base : l_bases) {
+        for (unsigned int l_position : l_positions) {
+            tc l_value(tc::mode_25);
+            l_value.denom(l_base);
+            l_value.numer(l_position);
+            std::string const l_expected = string_with_format("%02u:%02u:%02u%c%02u", l_value.hour(), l_value.minute(),
+                                                              l_value.second(), ':', l_value.frame());
+            EXPECT_EQ(text(l_value), l_expected) << l_position << " at " << l_base;
+            unsigned int const l_word = (l_value.hour() & 0xFFu) << 24 | (l_value.minute() & 0xFFu) << 16 |
+                                        (l_value.second() & 0xFFu) << 8 | (l_value.frame() & 0xFFu);
+            EXPECT_EQ(l_value.as_quicktime_tmcd(), l_word) << l_position << " at " << l_base;
+        }
+    }
 }
 
 TEST(timecode, stepping_at_29_97)
@@ -307,6 +344,34 @@ TEST(timecode, decrement_undoes_increment_at_every_minute)
     }
 }
 
+// Long and short steps from labels spread over several days: -= n undoes += n from every label
+// that drop-frame counting shows.
+TEST(timecode, decrement_undoes_long_steps)
+{
+    unsigned long long l_state = 0x9E3779B97F4A7C15ull;
+    auto l_next = [&l_state](unsigned int a_limit) {
+        l_state = l_state * 6364136223846793005ull + 1442695040888963407ull;
+        return static_cast<unsigned int>((l_state >> 33) % a_limit);
+    };
+    for (int l_round = 0; l_round < 20000; ++l_round) {
+        tc::mode_type const l_mode =
+            l_round % 3 == 0 ? tc::mode_29_97 : (l_round % 3 == 1 ? tc::mode_59_94 : tc::mode_23_976);
+        tc l_start(l_mode);
+        l_start.total_frames(l_next(20000000));
+        if (l_mode == tc::mode_23_976) {
+            // Stand on a label that 23.976 counting shows: not just after a minute's first frame.
+            l_start.frame(l_start.frame() < 3 && l_start.second() == 0 ? 3 : l_start.frame());
+        } else if (!is_shown_label(l_start, l_mode == tc::mode_29_97 ? 2 : 4)) {
+            continue;
+        }
+        unsigned int const l_step = l_round % 2 == 0 ? l_next(5000) : l_next(10000000);
+        tc l_value = l_start;
+        l_value += l_step;
+        l_value -= l_step;
+        ASSERT_EQ(l_value, l_start) << text(l_start) << " by " << l_step;
+    }
+}
+
 TEST(timecode, decrement_counts_back_in_drop_frame)
 {
     tc l_value(tc::mode_29_97, 0, 1, 0, 2, 1);
@@ -318,6 +383,16 @@ TEST(timecode, decrement_counts_back_in_drop_frame)
     l_value = tc(tc::mode_59_94, 1, 0, 0, 0, 1);
     l_value -= 216000 - 215784;
     EXPECT_EQ(l_value.total_frames(), 215784u - 216u);
+    // A long step from near zero: increment counts its minutes nominally and lands on a label whose
+    // true count is below the step; the way back still finds the start.
+    for (tc::mode_type l_mode : {tc::mode_29_97, tc::mode_59_94}) {
+        tc const l_start(l_mode, 0, 0, 0, 4, 1);
+        l_value = l_start;
+        l_value += 6223684;
+        EXPECT_LE(l_value.total_frames(), 6223684u);
+        l_value -= 6223684;
+        EXPECT_EQ(l_value, l_start) << tc::mode_c_str(l_mode);
+    }
     // Plain modes subtract and wrap.
     tc l_plain(tc::mode_25, 0, 0, 0, 3, 2);
     l_plain--;

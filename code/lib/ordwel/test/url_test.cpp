@@ -747,4 +747,135 @@ TEST(url_edit, correct_domain_moves_the_prefix_of_the_user)
     EXPECT_EQ(url_password(l_url, true), "pw");
 }
 
+// --- The path -------------------------------------------------------------------------------
+
+TEST(url_path, operations_run_on_the_decoded_path)
+{
+    enum class op {
+        append,
+        push_back,
+        prepend,
+        push_front,
+        pop_back,
+        pop_front,
+        directory,
+        file,
+        name,
+        suffix,
+        normalize,
+        root,
+        unroot
+    };
+    struct row {
+        char const *url;
+        op which;
+        char const *argument, *expected;
+    } const l_rows[] = {
+        {"scheme://host", op::append, "a", "scheme://host/a"},
+        {"scheme://host/", op::append, "/a", "scheme://host/a"},
+        {"x://h/a", op::push_back, "b c", "x://h/a/b%20c"}, // handed-in text is plain
+        {"x://h/a~b", op::append, "c", "x://h/a%7eb/c"},    // the whole path comes back encoded
+        {"x://h/b", op::push_front, "a", "x://h/a/b"},      // rooted again behind the authority
+        {"x:b", op::prepend, "a", "x:a/b"},
+        {"x://h/a/b;p?q#f", op::pop_back, "", "x://h/a;p?q#f"},
+        {"x://h/a%2fb", op::pop_back, "", "x://h/a"}, // an encoded '/' is a separator
+        {"x://h/a/b", op::pop_front, "", "x://h/a/b"},
+        {"x:/a/b", op::pop_front, "", "x:a/b"},
+        {"x://h/a/b.txt", op::directory, "x/y", "x://h/x/y/b.txt"},
+        {"x://h/a/b.txt?q", op::file, "c d", "x://h/a/c%20d?q"},
+        {"x://h/a/b.txt", op::name, "c", "x://h/a/c.txt"},
+        {"x://h/a/b.txt", op::suffix, "png", "x://h/a/b.png"},
+        {"scheme://h/a/../b?q", op::normalize, "", "scheme://h/b?q"},
+        {"x://h/a//b/./c#f", op::normalize, "", "x://h/a/b/c#f"},
+        {"x:a", op::root, "r", "x:/r/a"},
+        {"x:/r/a", op::unroot, "/r", "x:a"},
+        {"x://h/r/a", op::unroot, "r", "x://h/a"},
+        {"x://h", op::pop_back, "", "x://h"},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(std::string(l_row.url) + " " + std::to_string(static_cast<int>(l_row.which)) + " " +
+                     l_row.argument);
+        std::string l_url = l_row.url;
+        std::string const l_source = l_row.url;
+        std::string const l_argument = l_row.argument;
+        std::string *l_returned = nullptr;
+        std::string l_copy;
+        switch (l_row.which) {
+        case op::append:
+            l_returned = &url_path_append(l_url, l_argument);
+            l_copy = url_path_appended(l_source, l_argument);
+            break;
+        case op::push_back:
+            l_returned = &url_path_push_back(l_url, l_argument);
+            l_copy = url_path_pushed_back(l_source, l_argument);
+            break;
+        case op::prepend:
+            l_returned = &url_path_prepend(l_url, l_argument);
+            l_copy = url_path_prepended(l_source, l_argument);
+            break;
+        case op::push_front:
+            l_returned = &url_path_push_front(l_url, l_argument);
+            l_copy = url_path_pushed_front(l_source, l_argument);
+            break;
+        case op::pop_back:
+            l_returned = &url_path_pop_back(l_url);
+            l_copy = url_path_popped_back(l_source);
+            break;
+        case op::pop_front:
+            l_returned = &url_path_pop_front(l_url);
+            l_copy = url_path_popped_front(l_source);
+            break;
+        case op::directory:
+            l_returned = &url_path_set_directory(l_url, l_argument, 0);
+            l_copy = url_path_new_directory(l_source, l_argument, 0);
+            break;
+        case op::file:
+            l_returned = &url_path_set_file(l_url, l_argument);
+            l_copy = url_path_new_file(l_source, l_argument);
+            break;
+        case op::name:
+            l_returned = &url_path_set_name(l_url, l_argument);
+            l_copy = url_path_new_name(l_source, l_argument);
+            break;
+        case op::suffix:
+            l_returned = &url_path_set_suffix(l_url, l_argument, 0);
+            l_copy = url_path_new_suffix(l_source, l_argument, 0);
+            break;
+        case op::normalize:
+            l_returned = &url_path_normalize(l_url);
+            l_copy = url_path_normalized(l_source);
+            break;
+        case op::root:
+            l_returned = &url_path_root(l_url, l_argument);
+            l_copy = url_path_rooted(l_source, l_argument);
+            break;
+        case op::unroot:
+            l_returned = &url_path_unroot(l_url, l_argument);
+            l_copy = url_path_unrooted(l_source, l_argument);
+            break;
+        }
+        EXPECT_EQ(l_returned, &l_url);
+        EXPECT_EQ(l_url, l_row.expected);
+        EXPECT_EQ(l_copy, l_row.expected);
+        EXPECT_EQ(l_source, l_row.url);
+    }
+}
+
+TEST(url_path, readers_see_the_decoded_path)
+{
+    std::string const l_url = "x://h/d%20ir/sub/b%20c.tar.gz?q=a/b#f/g";
+    EXPECT_EQ(url_path_front(l_url), "");
+    EXPECT_EQ(url_path_front("x:a/b"), "a");
+    EXPECT_EQ(url_path_back(l_url), "b c.tar.gz");
+    EXPECT_EQ(url_path_file(l_url), "b c.tar.gz");
+    EXPECT_EQ(url_path_name(l_url), "b c.tar");
+    EXPECT_EQ(url_path_suffix(l_url, 0), "gz");
+    EXPECT_EQ(url_path_directory(l_url, 0), "/d ir/sub/");
+    EXPECT_EQ(url_path_directory(l_url, 1), "/d ir/sub");
+    EXPECT_EQ(url_path_directory(l_url, 2), "/d ir");
+    EXPECT_EQ(url_path_back("x://h/a%2fb"), "b");
+    EXPECT_EQ(url_path_file("x://h/dir/"), "");
+    EXPECT_EQ(url_path_back("x://h"), "");
+}
+
 } // namespace

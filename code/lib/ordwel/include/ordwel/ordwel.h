@@ -3,18 +3,24 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/callqueue.h>
 #include <ordwel/clock.h>
+#include <ordwel/condition.h>
 #include <ordwel/conv.h>
 #include <ordwel/ds.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
 #include <ordwel/fraction.h>
+#include <ordwel/mutex.h>
 #include <ordwel/object.h>
 #include <ordwel/optparser.h>
 #include <ordwel/path.h>
+#include <ordwel/rwlock.h>
+#include <ordwel/semaphore.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
 #include <ordwel/test.h>
+#include <ordwel/thread.h>
 #include <ordwel/timecode.h>
 #include <ordwel/timestamp.h>
 #include <ordwel/types.h>

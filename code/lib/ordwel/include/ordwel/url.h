@@ -109,7 +109,9 @@ ORDWEL_API std::string url_new_fragment(std::string const &a_url, std::string co
 
 // The part written from a map like strutil::kvstr_with_kvmap (entries in key order; an empty value
 // goes without a_kv_separator). With a_encode each key and value is encoded, '/' included, before it
-// is joined; the separators stay as given. An empty map removes the part.
+// is joined; the separators stay as given. An empty map removes the part. url_encode keeps '&' and
+// '=', so with those separators a key or value that holds them divides again when it is read back;
+// separators that encoding replaces (';', ':', '#' ...) protect any text.
 ORDWEL_API std::string &url_set_params(std::string &a_url, std::map<std::string, std::string> const &a_values,
                                        bool a_encode, char a_pair_separator, char a_kv_separator);
 ORDWEL_API std::string url_new_params(std::string const &a_url, std::map<std::string, std::string> const &a_values,
@@ -136,6 +138,51 @@ ORDWEL_API std::string uri_new_scheme_specific(std::string const &a_url, std::st
 // Moves a logon domain written into the user ("dom/user", "dom\user") to the domain. A domain that
 // is there already stays, and the user's prefix is dropped.
 ORDWEL_API void url_correct_domain(std::string &a_url);
+
+// --- The path --------------------------------------------------------------------------------------
+// The path functions of <ordwel/path.h> laid over the decoded path, with '/' as the separator. A
+// changing operation writes the result back encoded (url_set_path with encoding), so afterwards the
+// whole path is in this library's encoded form ("/a~b" comes back as "/a%7eb") and a "%2f" that was
+// in it has become a separator. Path text handed in is plain, not encoded.
+
+ORDWEL_API std::string url_path_front(std::string const &a_url);
+ORDWEL_API std::string url_path_back(std::string const &a_url);
+ORDWEL_API std::string url_path_file(std::string const &a_url);
+ORDWEL_API std::string url_path_name(std::string const &a_url);
+ORDWEL_API std::string url_path_directory(std::string const &a_url, unsigned int a_levels);
+ORDWEL_API std::string url_path_suffix(std::string const &a_url, unsigned int a_count = 0);
+
+ORDWEL_API std::string &url_path_append(std::string &a_url, std::string const &a_other);
+ORDWEL_API std::string url_path_appended(std::string const &a_url, std::string const &a_other);
+ORDWEL_API std::string &url_path_push_back(std::string &a_url, std::string const &a_other);
+ORDWEL_API std::string url_path_pushed_back(std::string const &a_url, std::string const &a_other);
+ORDWEL_API std::string &url_path_prepend(std::string &a_url, std::string const &a_other);
+ORDWEL_API std::string url_path_prepended(std::string const &a_url, std::string const &a_other);
+ORDWEL_API std::string &url_path_push_front(std::string &a_url, std::string const &a_other);
+ORDWEL_API std::string url_path_pushed_front(std::string const &a_url, std::string const &a_other);
+// Behind an authority the path is rooted again when it is written back, so popping the front of
+// "x://h/a/b" (whose first component is the empty text in front of the root) changes nothing.
+ORDWEL_API std::string &url_path_pop_back(std::string &a_url);
+ORDWEL_API std::string url_path_popped_back(std::string const &a_url);
+ORDWEL_API std::string &url_path_pop_front(std::string &a_url);
+ORDWEL_API std::string url_path_popped_front(std::string const &a_url);
+ORDWEL_API std::string &url_path_set_directory(std::string &a_url, std::string const &a_directory,
+                                               unsigned int a_levels);
+ORDWEL_API std::string url_path_new_directory(std::string const &a_url, std::string const &a_directory,
+                                              unsigned int a_levels);
+ORDWEL_API std::string &url_path_set_file(std::string &a_url, std::string const &a_file);
+ORDWEL_API std::string url_path_new_file(std::string const &a_url, std::string const &a_file);
+ORDWEL_API std::string &url_path_set_name(std::string &a_url, std::string const &a_name);
+ORDWEL_API std::string url_path_new_name(std::string const &a_url, std::string const &a_name);
+ORDWEL_API std::string &url_path_set_suffix(std::string &a_url, std::string const &a_suffix, unsigned int a_count = 0);
+ORDWEL_API std::string url_path_new_suffix(std::string const &a_url, std::string const &a_suffix,
+                                           unsigned int a_count = 0);
+ORDWEL_API std::string &url_path_normalize(std::string &a_url);
+ORDWEL_API std::string url_path_normalized(std::string const &a_url);
+ORDWEL_API std::string &url_path_root(std::string &a_url, std::string const &a_root);
+ORDWEL_API std::string url_path_rooted(std::string const &a_url, std::string const &a_root);
+ORDWEL_API std::string &url_path_unroot(std::string &a_url, std::string const &a_root);
+ORDWEL_API std::string url_path_unrooted(std::string const &a_url, std::string const &a_root);
 
 } // namespace ordwel
 

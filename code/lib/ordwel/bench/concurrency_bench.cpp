@@ -1,0 +1,247 @@
+// Locks, semaphore and call queue beside their standard-library and Boost.Asio peers.
+
+#include <ordwel/callqueue.h>
+#include <ordwel/mutex.h>
+#include <ordwel/semaphore.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#if defined(ORDWEL_HAVE_BOOST)
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#endif
+
+namespace {
+
+using namespace ordwel;
+
+void BM_mutex_lock_unlock_ordwel(benchmark::State &a_state)
+{
+    mutex const l_mutex;
+    for (auto l_iteration : a_state) {
+        l_mutex.lock();
+        l_mutex.unlock();
+    }
+    a_state.SetItemsProcessed(a_state.iterations());
+}
+BENCHMARK(BM_mutex_lock_unlock_ordwel);
+
+void BM_mutex_lock_unlock_std(benchmark::State &a_state)
+{
+    std::mutex l_mutex;
+    for (auto l_iteration : a_state) {
+        l_mutex.lock();
+        l_mutex.unlock();
+    }
+    a_state.SetItemsProcessed(a_state.iterations());
+}
+BENCHMARK(BM_mutex_lock_unlock_std);
+
+void BM_scoped_mutex_lock_ordwel(benchmark::State &a_state)
+{
+    mutex const l_mutex;
+    for (auto l_iteration : a_state) {
+        scoped_mutex::lock const l_guard(l_mutex);
+    }
+    a_state.SetItemsProcessed(a_state.iterations());
+}
+BENCHMARK(BM_scoped_mutex_lock_ordwel);
+
+void BM_scoped_mutex_lock_std(benchmark::State &a_state)
+{
+    std::mutex l_mutex;
+    for (auto l_iteration : a_state) {
+        std::lock_guard<std::mutex> const l_guard(l_mutex);
+    }
+    a_state.SetItemsProcessed(a_state.iterations());
+}
+BENCHMARK(BM_scoped_mutex_lock_std);
+
+// The same counting semaphore built on the standard library, as the peer of the ping-pong.
+class std_semaphore {
+public:
+    void post()
+    {
+        std::lock_guard<std::mutex> const l_guard(m_mutex);
+        ++m_value;
+        m_condition.notify_one();
+    }
+    void wait()
+    {
+        std::unique_lock<std::mutex> l_guard(m_mutex);
+        m_condition.wait(l_guard, [this] { return m_value > 0; });
+        --m_value;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_condition;
+    int m_value = 0;
+};
+
+// One iteration is one round trip: this thread posts the first semaphore, a partner thread takes
+// it and posts the second, which this thread takes.
+template <class S> void ping_pong(benchmark::State &a_state)
+{
+    S l_ping;
+    S l_pong;
+    std::atomic<bool> l_stop{false};
+    std::thread l_partner([&] {
+        for (;;) {
+            l_ping.wait();
+            if (l_stop) {
+                return;
+            }
+            l_pong.post();
+        }
+    });
+    for (auto l_iteration : a_state) {
+        l_ping.post();
+        l_pong.wait();
+    }
+    l_stop = true;
+    l_ping.post();
+    l_partner.join();
+    a_state.SetItemsProcessed(a_state.iterations());
+}
+
+void BM_semaphore_ping_pong_ordwel(benchmark::State &a_state)
+{
+    ping_pong<semaphore>(a_state);
+}
+BENCHMARK(BM_semaphore_ping_pong_ordwel)->UseRealTime();
+
+void BM_semaphore_ping_pong_std(benchmark::State &a_state)
+{
+    ping_pong<std_semaphore>(a_state);
+}
+BENCHMARK(BM_semaphore_ping_pong_std)->UseRealTime();
+
+// The call queue: a_state.range(0) producers hand k_batch calls in all to the owner (this thread,
+// which built the queue), which drains them with run().
+int const k_batch = 20000;
+
+class count_call : public callqueue_object {
+public:
+    explicit count_call(int *a_count) : m_count(a_count) {}
+    void operator()() override { ++*m_count; }
+
+private:
+    int *m_count;
+};
+
+void BM_callqueue_throughput_ordwel(benchmark::State &a_state)
+{
+    callqueue &l_queue = callqueue::instance();
+    int const l_producers = static_cast<int>(a_state.range(0));
+    for (auto l_iteration : a_state) {
+        int l_ran = 0;
+        std::vector<std::thread> l_threads;
+        for (int l_index = 0; l_index < l_producers; ++l_index) {
+            l_threads.emplace_back([&] {
+                for (int l_call = 0; l_call < k_batch / l_producers; ++l_call) {
+                    l_queue.add_call(ptr_refcount<callqueue_object>(new count_call(&l_ran)), "", 0);
+                }
+            });
+        }
+        while (l_ran < k_batch / l_producers * l_producers) {
+            l_queue.run();
+        }
+        for (std::thread &l_thread : l_threads) {
+            l_thread.join();
+        }
+    }
+    a_state.SetItemsProcessed(a_state.iterations() * (k_batch / l_producers * l_producers));
+}
+BENCHMARK(BM_callqueue_throughput_ordwel)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+// One iteration is a batch of blocking calls made one after the other by a producer while the
+// owner drains; the time per item is one round trip.
+int const k_round_trips = 2000;
+
+void BM_callqueue_blocking_round_trip_ordwel(benchmark::State &a_state)
+{
+    callqueue &l_queue = callqueue::instance();
+    for (auto l_iteration : a_state) {
+        int l_ran = 0;
+        std::atomic<bool> l_done{false};
+        std::thread l_producer([&] {
+            for (int l_call = 0; l_call < k_round_trips; ++l_call) {
+                l_queue.add_call(ptr_refcount<callqueue_object>(new count_call(&l_ran)), "", callqueue_blocking);
+            }
+            l_done = true;
+        });
+        while (!l_done.load(std::memory_order_acquire)) {
+            l_queue.run();
+        }
+        l_producer.join();
+    }
+    a_state.SetItemsProcessed(a_state.iterations() * k_round_trips);
+}
+BENCHMARK(BM_callqueue_blocking_round_trip_ordwel)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+#if defined(ORDWEL_HAVE_BOOST)
+void BM_callqueue_throughput_asio(benchmark::State &a_state)
+{
+    int const l_producers = static_cast<int>(a_state.range(0));
+    for (auto l_iteration : a_state) {
+        boost::asio::io_context l_context;
+        int l_ran = 0;
+        std::vector<std::thread> l_threads;
+        for (int l_index = 0; l_index < l_producers; ++l_index) {
+            l_threads.emplace_back([&] {
+                for (int l_call = 0; l_call < k_batch / l_producers; ++l_call) {
+                    boost::asio::post(l_context, [&l_ran] { ++l_ran; });
+                }
+            });
+        }
+        while (l_ran < k_batch / l_producers * l_producers) {
+            l_context.poll();
+            l_context.restart();
+        }
+        for (std::thread &l_thread : l_threads) {
+            l_thread.join();
+        }
+    }
+    a_state.SetItemsProcessed(a_state.iterations() * (k_batch / l_producers * l_producers));
+}
+BENCHMARK(BM_callqueue_throughput_asio)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_callqueue_blocking_round_trip_asio(benchmark::State &a_state)
+{
+    for (auto l_iteration : a_state) {
+        boost::asio::io_context l_context;
+        int l_ran = 0;
+        std::atomic<bool> l_done{false};
+        std::thread l_producer([&] {
+            for (int l_call = 0; l_call < k_round_trips; ++l_call) {
+                std::promise<void> l_ended;
+                std::future<void> l_waited = l_ended.get_future();
+                boost::asio::post(l_context, [&] {
+                    ++l_ran;
+                    l_ended.set_value();
+                });
+                l_waited.wait();
+            }
+            l_done = true;
+        });
+        while (!l_done.load(std::memory_order_acquire)) {
+            l_context.poll();
+            l_context.restart();
+        }
+        l_producer.join();
+    }
+    a_state.SetItemsProcessed(a_state.iterations() * k_round_trips);
+}
+BENCHMARK(BM_callqueue_blocking_round_trip_asio)->UseRealTime()->Unit(benchmark::kMillisecond);
+#endif
+
+} // namespace

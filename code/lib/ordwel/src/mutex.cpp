@@ -1,0 +1,93 @@
+#include <ordwel/mutex.h>
+
+#include <exception>
+
+#include <pthread.h>
+
+#include <ordwel/es.h>
+
+#include "mutex_text.h"
+#include "native.h"
+
+namespace ordwel {
+
+namespace {
+
+pthread_mutex_t *native(unsigned char (&a_storage)[mutex::k_native_size])
+{
+    return native_of<pthread_mutex_t>(a_storage);
+}
+
+[[noreturn]] void raise_failure(mutex_op a_op, int a_result, std::string const &a_name, uint32 a_line)
+{
+    std::string const l_text = mutex_failure_text(a_op, a_result, a_name);
+    es::call::raise(source_basename(__FILE__), a_line, l_text.c_str());
+}
+
+} // namespace
+
+mutex::mutex(bool a_recursive) : m_native(), m_name()
+{
+    pthread_mutexattr_t l_attr;
+    pthread_mutexattr_init(&l_attr);
+    if (a_recursive) {
+        pthread_mutexattr_settype(&l_attr, PTHREAD_MUTEX_RECURSIVE);
+    }
+    int const l_result = pthread_mutex_init(native_place<pthread_mutex_t>(m_native), &l_attr);
+    pthread_mutexattr_destroy(&l_attr);
+    if (l_result != 0) {
+        es::call::raise(ORDWEL_HERE, "mutex init failed");
+    }
+}
+
+mutex::mutex(std::string const &a_name) : m_native(), m_name(a_name)
+{
+    if (pthread_mutex_init(native_place<pthread_mutex_t>(m_native), nullptr) != 0) {
+        es::call::raise(ORDWEL_HERE, "mutex init failed");
+    }
+}
+
+mutex::~mutex()
+{
+    pthread_mutex_destroy(native(m_native));
+}
+
+void mutex::lock() const
+{
+    int const l_result = pthread_mutex_lock(native(m_native));
+    if (l_result != 0) {
+        raise_failure(mutex_op::lock, l_result, m_name, __LINE__);
+    }
+}
+
+bool mutex::trylock() const
+{
+    int const l_result = pthread_mutex_trylock(native(m_native));
+    if (l_result == 0) {
+        return true;
+    }
+    if (l_result == EBUSY) {
+        return false;
+    }
+    raise_failure(mutex_op::trylock, l_result, m_name, __LINE__);
+}
+
+void mutex::unlock() const
+{
+    int const l_result = pthread_mutex_unlock(native(m_native));
+    if (l_result != 0) {
+        raise_failure(mutex_op::unlock, l_result, m_name, __LINE__);
+    }
+}
+
+// A failure while an exception is on its way through the calling thread cannot be raised without
+// terminating the process; it is dropped then. Otherwise it reaches the caller. The question is
+// only asked once the operation has failed, so the guard costs nothing extra when it succeeds.
+void scoped_mutex::rethrow_unless_unwinding()
+{
+    if (std::uncaught_exceptions() == 0) {
+        throw;
+    }
+}
+
+} // namespace ordwel
