@@ -17,6 +17,7 @@
 #include <ordwel/path.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
+#include <ordwel/stream.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
 #include <ordwel/test.h>
