@@ -2,6 +2,8 @@
 
 #include <ordwel/es.h>
 
+#include "stream_read.h"
+
 namespace ordwel {
 namespace stream {
 
@@ -88,23 +90,29 @@ void read(rd &a_stream, buffer &a_buffer, uint64 a_size)
     a_buffer.resize(l_count);
 }
 
-uint64 read(rd &a_stream, void *a_destination, uint64 a_size, uint64 a_required)
+uint64 read_tracked(rd &a_stream, void *a_destination, uint64 a_size, uint64 a_required, uint64 &a_total)
 {
     unsigned char *l_destination = static_cast<unsigned char *>(a_destination);
     uint64 l_size = a_size;
-    uint64 l_total = 0;
+    a_total = 0;
     for (;;) {
         uint64 const l_count = bounded(a_stream.read(l_destination, l_size), l_size);
         if (l_count == 0) {
             es::uflow::raise(ORDWEL_HERE, nullptr);
         }
-        l_total += l_count;
-        if (l_total >= a_required) {
-            return l_total;
+        a_total += l_count;
+        if (a_total >= a_required) {
+            return a_total;
         }
         l_destination += l_count;
         l_size -= l_count;
     }
+}
+
+uint64 read(rd &a_stream, void *a_destination, uint64 a_size, uint64 a_required)
+{
+    uint64 l_total = 0;
+    return read_tracked(a_stream, a_destination, a_size, a_required, l_total);
 }
 
 void write(wr &a_stream, buffer const &a_buffer, uint64 a_size)

@@ -3,7 +3,9 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/bytestream.h>
 #include <ordwel/callqueue.h>
+#include <ordwel/chunkbuf.h>
 #include <ordwel/clock.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
