@@ -61,7 +61,6 @@ void rd::allocate(uint64 a_size)
 
 void rd::set(stream::rd &a_stream, uint64 a_size)
 {
-    m_buf.reset();
     allocate(a_size);
     m_stream = &a_stream;
     m_bytes = 0;
@@ -224,7 +223,6 @@ void wr::write_out()
 void wr::set(stream::wr &a_stream, uint64 a_size)
 {
     write_out();
-    m_buf.reset();
     allocate(a_size);
     m_stream = &a_stream;
 }
