@@ -3,7 +3,9 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/bytestream.h>
 #include <ordwel/callqueue.h>
+#include <ordwel/chunkbuf.h>
 #include <ordwel/clock.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
@@ -17,6 +19,7 @@
 #include <ordwel/path.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
+#include <ordwel/stream.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
 #include <ordwel/test.h>
