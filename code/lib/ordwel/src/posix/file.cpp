@@ -52,6 +52,13 @@ int open_flags(uint32 a_access, uint32 a_disposition)
     return l_flags;
 }
 
+// Handle 0 is a closed file's, as a null handle is on Windows: descriptor 0 (standard input) is
+// never reached through it, and file_open never hands it out.
+bool valid_handle(sint64 a_handle)
+{
+    return a_handle > 0 && a_handle <= INT_MAX;
+}
+
 // The number of a "no such entry" look-up by name.
 constexpr int k_no_id = -1;
 
@@ -100,7 +107,7 @@ sint64 file_open(std::string const &a_path, uint32 a_access, uint32, uint32 a_di
 
 bool file_close(sint64 a_handle)
 {
-    if (a_handle < INT_MIN || a_handle > INT_MAX) {
+    if (!valid_handle(a_handle)) {
         errno = EBADF;
         return false;
     }
@@ -110,7 +117,7 @@ bool file_close(sint64 a_handle)
 
 bool file_read(sint64 a_handle, void *a_data, uint32 a_size, uint32 &a_done)
 {
-    if (a_handle < INT_MIN || a_handle > INT_MAX) {
+    if (!valid_handle(a_handle)) {
         errno = EBADF;
         return false;
     }
@@ -127,7 +134,7 @@ bool file_read(sint64 a_handle, void *a_data, uint32 a_size, uint32 &a_done)
 
 bool file_write(sint64 a_handle, void const *a_data, uint32 a_size, uint32 &a_done)
 {
-    if (a_handle < INT_MIN || a_handle > INT_MAX) {
+    if (!valid_handle(a_handle)) {
         errno = EBADF;
         return false;
     }
@@ -144,7 +151,7 @@ bool file_write(sint64 a_handle, void const *a_data, uint32 a_size, uint32 &a_do
 
 bool file_seek(sint64 a_handle, sint64 a_offset, int a_whence, uint64 &a_position)
 {
-    if (a_handle < INT_MIN || a_handle > INT_MAX) {
+    if (!valid_handle(a_handle)) {
         errno = EBADF;
         return false;
     }
@@ -159,7 +166,7 @@ bool file_seek(sint64 a_handle, sint64 a_offset, int a_whence, uint64 &a_positio
 
 bool file_size(sint64 a_handle, uint64 &a_size)
 {
-    if (a_handle < INT_MIN || a_handle > INT_MAX) {
+    if (!valid_handle(a_handle)) {
         errno = EBADF;
         return false;
     }
