@@ -7,6 +7,7 @@
 #include <ordwel/clock.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
+#include <ordwel/cpuinfo.h>
 #include <ordwel/ds.h>
 #include <ordwel/env.h>
 #include <ordwel/es.h>
