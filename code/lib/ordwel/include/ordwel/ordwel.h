@@ -9,9 +9,12 @@
 #include <ordwel/clock.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
+#include <ordwel/cpuinfo.h>
 #include <ordwel/ds.h>
+#include <ordwel/env.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/file.h>
 #include <ordwel/fraction.h>
 #include <ordwel/mutex.h>
 #include <ordwel/object.h>
