@@ -5,6 +5,7 @@
 #include <ordwel/buffer.h>
 #include <ordwel/callqueue.h>
 #include <ordwel/clock.h>
+#include <ordwel/codecs.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
 #include <ordwel/ds.h>
