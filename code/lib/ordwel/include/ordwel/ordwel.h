@@ -6,6 +6,7 @@
 #include <ordwel/callqueue.h>
 #include <ordwel/clock.h>
 #include <ordwel/codecs.h>
+#include <ordwel/coding.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
 #include <ordwel/ds.h>
