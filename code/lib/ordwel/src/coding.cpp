@@ -48,12 +48,6 @@ void drop_front(buffer &a_buffer, uint64 a_count)
     a_buffer.resize(l_rest);
 }
 
-// The 32-bit length in front of an item.
-uint32 take_length(decoder_network &a_decoder)
-{
-    return coding_detail::decode_network<uint32>(a_decoder);
-}
-
 } // namespace
 
 encoder_network::encoder_network(buffer &a_buffer) : m_buffer(&a_buffer)
@@ -128,38 +122,6 @@ void decoder_network::raise_offset_out_of_range()
 void decoder_network::raise_skip_past_end()
 {
     es::arg::raise(ORDWEL_HERE, "skipping buffer past end");
-}
-
-void buffer_encode_network(buffer const &a_bytes, encoder_network &a_encoder)
-{
-    uint64 const l_size = a_bytes.size();
-    uint32_encode_network(static_cast<uint32>(l_size), a_encoder);
-    // Read the bytes only now: the length may have moved them, when they are the encoder's own.
-    a_encoder.write(a_bytes.begin(), l_size);
-}
-
-void string_encode_network(std::string const &a_text, encoder_network &a_encoder)
-{
-    uint32_encode_network(static_cast<uint32>(a_text.size()), a_encoder);
-    a_encoder.write(a_text.data(), a_text.size());
-}
-
-void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder)
-{
-    uint32 const l_length = take_length(a_decoder);
-    if (l_length != 0) {
-        unsigned char const *const l_bytes = a_decoder.advance(l_length, 0);
-        a_bytes.assign(l_bytes, l_bytes + l_length);
-    }
-}
-
-void string_decode_network(std::string &a_text, decoder_network &a_decoder)
-{
-    uint32 const l_length = take_length(a_decoder);
-    if (l_length != 0) {
-        unsigned char const *const l_bytes = a_decoder.advance(l_length, 0);
-        a_text.assign(reinterpret_cast<char const *>(l_bytes), l_length);
-    }
 }
 
 } // namespace ordwel

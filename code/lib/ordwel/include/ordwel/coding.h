@@ -162,34 +162,57 @@ private:
     uint64 m_offset;
 };
 
-// A buffer or a string as its 32-bit length and its bytes.
-ORDWEL_API void buffer_encode_network(buffer const &a_bytes, encoder_network &a_encoder);
-ORDWEL_API void string_encode_network(std::string const &a_text, encoder_network &a_encoder);
-// Takes a length (es::arg "buffer offset out of range" when fewer than 4 bytes are left), then that
-// many bytes, which replace the destination's content. A length of 0 leaves the destination as it
-// was. When the bytes behind the length are too few, the call raises with the length consumed.
-ORDWEL_API void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder);
-ORDWEL_API void string_decode_network(std::string &a_text, decoder_network &a_decoder);
-
 // Integers of every width, most significant byte first, and IEEE 754 numbers as the integers of
 // their bits. Signed values travel as their two's complement.
 namespace coding_detail {
 
+// Network order is big-endian: on a little-endian machine a load or store swaps the bytes of one
+// register, elsewhere the bytes are put together one by one.
+template <typename T> inline T swapped_network(T a_value)
+{
+#if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    if constexpr (sizeof(T) == 8) {
+        return __builtin_bswap64(a_value);
+    } else if constexpr (sizeof(T) == 4) {
+        return __builtin_bswap32(a_value);
+    } else if constexpr (sizeof(T) == 2) {
+        return __builtin_bswap16(a_value);
+    } else {
+        return a_value;
+    }
+#else
+    return a_value;
+#endif
+}
+
 template <typename T> inline void store_network(unsigned char *a_bytes, T a_value)
 {
+#if defined(__GNUC__) && defined(__BYTE_ORDER__) &&                                                                    \
+    (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ || __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__)
+    T const l_value = swapped_network(a_value);
+    std::memcpy(a_bytes, &l_value, sizeof l_value);
+#else
     for (unsigned l_index = sizeof(T); l_index > 0; --l_index) {
         a_bytes[l_index - 1] = static_cast<unsigned char>(a_value);
         a_value = static_cast<T>(a_value >> 8);
     }
+#endif
 }
 
 template <typename T> inline T load_network(unsigned char const *a_bytes)
 {
+#if defined(__GNUC__) && defined(__BYTE_ORDER__) &&                                                                    \
+    (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ || __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__)
+    T l_value;
+    std::memcpy(&l_value, a_bytes, sizeof l_value);
+    return swapped_network(l_value);
+#else
     T l_value = 0;
     for (unsigned l_index = 0; l_index < sizeof(T); ++l_index) {
         l_value = static_cast<T>((l_value << 8) | a_bytes[l_index]);
     }
     return l_value;
+#endif
 }
 
 template <typename T> inline void encode_network(T a_value, encoder_network &a_encoder)
@@ -272,6 +295,43 @@ inline void float64_peek_network(float64 &a_value, decoder_network const &a_deco
 {
     uint64 const l_bits = coding_detail::peek_network<uint64>(a_decoder, a_offset);
     std::memcpy(&a_value, &l_bits, sizeof a_value);
+}
+
+// A buffer or a string as its 32-bit length and its bytes.
+inline void buffer_encode_network(buffer const &a_bytes, encoder_network &a_encoder)
+{
+    uint64 const l_size = a_bytes.size();
+    uint32_encode_network(static_cast<uint32>(l_size), a_encoder);
+    // The bytes are looked up only now: when they are the encoder's own, the length may have
+    // moved them.
+    a_encoder.write(a_bytes.begin(), l_size);
+}
+
+inline void string_encode_network(std::string const &a_text, encoder_network &a_encoder)
+{
+    uint32_encode_network(static_cast<uint32>(a_text.size()), a_encoder);
+    a_encoder.write(a_text.data(), a_text.size());
+}
+
+// Takes a length (es::arg "buffer offset out of range" when fewer than 4 bytes are left), then that
+// many bytes, which replace the destination's content. A length of 0 leaves the destination as it
+// was. When the bytes behind the length are too few, the call raises with the length consumed.
+inline void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder)
+{
+    uint32 const l_length = coding_detail::decode_network<uint32>(a_decoder);
+    if (l_length != 0) {
+        unsigned char const *const l_bytes = a_decoder.advance(l_length, 0);
+        a_bytes.assign(l_bytes, l_bytes + l_length);
+    }
+}
+
+inline void string_decode_network(std::string &a_text, decoder_network &a_decoder)
+{
+    uint32 const l_length = coding_detail::decode_network<uint32>(a_decoder);
+    if (l_length != 0) {
+        unsigned char const *const l_bytes = a_decoder.advance(l_length, 0);
+        a_text.assign(reinterpret_cast<char const *>(l_bytes), l_length);
+    }
 }
 
 } // namespace ordwel
