@@ -7,6 +7,8 @@
 #include <ordwel/callqueue.h>
 #include <ordwel/chunkbuf.h>
 #include <ordwel/clock.h>
+#include <ordwel/codecs.h>
+#include <ordwel/coding.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
 #include <ordwel/cpuinfo.h>
