@@ -15,6 +15,7 @@
 #include <ordwel/object.h>
 #include <ordwel/optparser.h>
 #include <ordwel/path.h>
+#include <ordwel/process.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
 #include <ordwel/string_helpers.h>
