@@ -11,6 +11,7 @@
 #include <ordwel/es.h>
 #include <ordwel/export.h>
 #include <ordwel/fraction.h>
+#include <ordwel/impersonate.h>
 #include <ordwel/mutex.h>
 #include <ordwel/object.h>
 #include <ordwel/optparser.h>
