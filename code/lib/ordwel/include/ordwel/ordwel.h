@@ -18,10 +18,12 @@
 #include <ordwel/export.h>
 #include <ordwel/file.h>
 #include <ordwel/fraction.h>
+#include <ordwel/impersonate.h>
 #include <ordwel/mutex.h>
 #include <ordwel/object.h>
 #include <ordwel/optparser.h>
 #include <ordwel/path.h>
+#include <ordwel/process.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
 #include <ordwel/stream.h>
