@@ -3,8 +3,12 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/bytestream.h>
 #include <ordwel/callqueue.h>
+#include <ordwel/chunkbuf.h>
 #include <ordwel/clock.h>
+#include <ordwel/codecs.h>
+#include <ordwel/coding.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
 #include <ordwel/cpuinfo.h>
@@ -14,12 +18,15 @@
 #include <ordwel/export.h>
 #include <ordwel/file.h>
 #include <ordwel/fraction.h>
+#include <ordwel/impersonate.h>
 #include <ordwel/mutex.h>
 #include <ordwel/object.h>
 #include <ordwel/optparser.h>
 #include <ordwel/path.h>
+#include <ordwel/process.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
+#include <ordwel/stream.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
 #include <ordwel/test.h>

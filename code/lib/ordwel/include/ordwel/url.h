@@ -109,7 +109,9 @@ ORDWEL_API std::string url_new_fragment(std::string const &a_url, std::string co
 
 // The part written from a map like strutil::kvstr_with_kvmap (entries in key order; an empty value
 // goes without a_kv_separator). With a_encode each key and value is encoded, '/' included, before it
-// is joined; the separators stay as given. An empty map removes the part.
+// is joined; the separators stay as given. An empty map removes the part. url_encode keeps '&' and
+// '=', so with those separators a key or value that holds them divides again when it is read back;
+// separators that encoding replaces (';', ':', '#' ...) protect any text.
 ORDWEL_API std::string &url_set_params(std::string &a_url, std::map<std::string, std::string> const &a_values,
                                        bool a_encode, char a_pair_separator, char a_kv_separator);
 ORDWEL_API std::string url_new_params(std::string const &a_url, std::map<std::string, std::string> const &a_values,

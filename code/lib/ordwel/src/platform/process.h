@@ -1,0 +1,86 @@
+#ifndef ORDWEL_SRC_PLATFORM_PROCESS_H
+#define ORDWEL_SRC_PLATFORM_PROCESS_H
+
+#include <cstddef>
+#include <cstdint>
+
+// The child-process calls of process. Each backend makes the system call and hands back plain
+// values; the order of the steps, the texts and the bookkeeping are portable.
+
+namespace ordwel {
+namespace platform {
+
+// A pipe end, a process or a thread: a HANDLE on Windows, a descriptor on POSIX.
+using handle = std::intptr_t;
+constexpr handle k_no_handle = -1;
+
+// The process information record: the child's process and first thread, their ids, and the
+// monitor's own handle on the child (a duplicate on Windows, a pidfd on POSIX, k_no_handle where
+// the platform has none), so that closing the process handle never pulls it from under a wait.
+struct child_record {
+    handle process = k_no_handle;
+    handle thread = k_no_handle;
+    int pid = 0;
+    int tid = 0;
+    handle wait = k_no_handle;
+    // How many suspensions are in force, where the platform does not count them itself.
+    unsigned suspensions = 0;
+};
+
+// A pipe whose ends a child may inherit, with the default size; false on failure.
+bool pipe_create(handle &a_read, handle &a_write);
+// Takes the inherit flag off one end; false on failure.
+bool handle_set_uninheritable(handle a_handle);
+// Closes a handle that is not k_no_handle and sets it to k_no_handle.
+void handle_close(handle &a_handle);
+
+// Starts the program named by the quoted head of the command line. a_environment is a block of
+// NUL-ended entries or null for the parent's; a_directory null for the parent's. With a_inherit
+// the child's standard input is a_stdin and its output and error a_stdout. 0 on success, else the
+// platform's error code.
+int child_create(char const *a_command_line, char const *a_environment, char const *a_directory, bool a_inherit,
+                 handle a_stdin, handle a_stdout, child_record &a_child);
+
+enum class wait_result { ended, timeout, failed, other };
+// Waits for the child's end. With a_output k_no_handle without limit; otherwise it comes back
+// soon, with timeout, when output may be waiting in that pipe. failed sets a_error.
+wait_result child_wait(child_record const &a_child, handle a_output, int &a_error);
+
+// Writes all of a text to a pipe; false when the reader has gone or the write fails. Never ends
+// the process on a broken pipe.
+bool pipe_write(handle a_handle, char const *a_data, std::size_t a_size);
+// How many bytes wait in a pipe, without blocking; false on failure.
+bool pipe_available(handle a_handle, unsigned &a_count);
+// Reads up to a_size bytes; false on failure.
+bool pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read);
+
+// What can be read of an ended child. The processor times are in units of 100 ns.
+struct child_outcome {
+    bool has_code = false;
+    int code = -1;
+    bool has_times = false;
+    std::uint64_t user = 0;
+    std::uint64_t kernel = 0;
+};
+// Reads exit code and times of an ended child and, where the platform keeps ended children
+// around, releases it: the child's id may be reused after this.
+void child_collect(child_record &a_child, child_outcome &a_outcome);
+
+enum class walk_result { done, snapshot_failed, first_failed };
+// Suspend or resume every thread of the child.
+walk_result child_suspend(child_record &a_child);
+walk_result child_resume(child_record &a_child);
+// Kills the child with an exit code.
+void child_kill(child_record const &a_child, unsigned a_exit_code);
+// Kills the direct children of the child with exit code 1; false when the system's list of
+// processes cannot be walked.
+bool child_kill_children(child_record const &a_child);
+// Closes the process and thread handles of the record (not the monitor's own).
+void child_release(child_record &a_child);
+// Closes the monitor's own handle.
+void child_release_wait(child_record &a_child);
+
+} // namespace platform
+} // namespace ordwel
+
+#endif

@@ -1,0 +1,483 @@
+#include <ordwel/process.h>
+
+#include <condition_variable>
+#include <cstdio>
+#include <mutex>
+#include <thread>
+
+#include <ordwel/es.h>
+#include <ordwel/string_helpers.h>
+
+#include "platform/process.h"
+
+namespace ordwel {
+
+namespace {
+
+constexpr std::size_t k_environment_size = 32768;
+constexpr std::size_t k_entry_size = 4096;
+constexpr unsigned k_read_size = 4096;
+
+} // namespace
+
+// What the monitor shares with its process. The monitor is detached and may outlive the object,
+// so everything it still reads lives here, kept alive by both. m_lock orders the monitor's
+// recording against the destructor and terminate, and every signal to the child against its
+// reaping, so that no signal ever reaches a process that reused the child's id.
+struct process::info {
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+
+    platform::child_record m_child;
+    platform::handle m_out_read = platform::k_no_handle;
+    platform::handle m_out_write = platform::k_no_handle;
+    platform::handle m_in_read = platform::k_no_handle;
+    platform::handle m_in_write = platform::k_no_handle;
+
+    bool m_capture = false;
+    std::string m_stdin_data;
+    process::status *m_listener = nullptr;
+
+    bool m_started = false;   // a monitor was started
+    bool m_taken = false;     // the monitor holds its own reference
+    bool m_cancelled = false; // the monitor is to end at its cancel point
+    bool m_closed = false;    // terminate closed the child's handles
+    bool m_reaped = false;    // the child's id is no longer ours
+    bool m_reporting = false; // finished runs on the monitor
+    std::thread::id m_monitor_id;
+
+    ~info()
+    {
+        platform::handle_close(m_out_read);
+        platform::handle_close(m_out_write);
+        platform::handle_close(m_in_read);
+        platform::handle_close(m_in_write);
+        platform::child_release(m_child);
+        platform::child_release_wait(m_child);
+    }
+};
+
+process::status::~status() = default;
+
+void process::status::stdout_data(unsigned char const *, unsigned int)
+{
+}
+
+std::string command_line_with_args(std::string const &a_program, std::vector<std::string> const &a_args)
+{
+    std::string l_line = "\"";
+    l_line += string_replaced(a_program, "\\", "\\\\");
+    l_line += "\" ";
+    for (std::string const &l_arg : a_args) {
+        l_line += l_arg;
+        l_line += ' ';
+    }
+    return l_line;
+}
+
+bool environment_block_with_map(std::map<std::string, std::string> const &a_env, std::string &a_block)
+{
+    a_block.clear();
+    for (auto const &l_entry : a_env) {
+        if (l_entry.first.empty() || l_entry.second.empty()) {
+            continue;
+        }
+        std::size_t const l_length = l_entry.first.size() + 1 + l_entry.second.size();
+        if (l_length >= k_entry_size) {
+            return false;
+        }
+        // The entry, its NUL and the block's closing NUL must fit.
+        if (a_block.size() + l_length + 2 > k_environment_size) {
+            es::call::raise(ORDWEL_HERE, string_with_format("environment block exceeds %u bytes",
+                                                            static_cast<unsigned>(k_environment_size))
+                                             .c_str());
+        }
+        a_block += l_entry.first;
+        a_block += '=';
+        a_block += l_entry.second;
+        a_block += '\0';
+    }
+    if (!a_block.empty()) {
+        a_block += '\0';
+    }
+    return true;
+}
+
+std::vector<std::string> argv_with_command_line(std::string const &a_command_line)
+{
+    std::vector<std::string> l_args;
+    std::size_t l_pos = 0;
+    std::size_t const l_end = a_command_line.size();
+    auto const l_blank = [](char a_char) { return a_char == ' ' || a_char == '\t'; };
+
+    // The program: up to the closing quote, or up to the first blank; no escapes.
+    if (l_pos < l_end) {
+        std::string l_program;
+        if (a_command_line[l_pos] == '"') {
+            ++l_pos;
+            while (l_pos < l_end && a_command_line[l_pos] != '"') {
+                l_program += a_command_line[l_pos++];
+            }
+            if (l_pos < l_end) {
+                ++l_pos;
+            }
+        }
+        while (l_pos < l_end && !l_blank(a_command_line[l_pos])) {
+            l_program += a_command_line[l_pos++];
+        }
+        l_args.push_back(l_program);
+    }
+
+    for (;;) {
+        while (l_pos < l_end && l_blank(a_command_line[l_pos])) {
+            ++l_pos;
+        }
+        if (l_pos >= l_end) {
+            break;
+        }
+        std::string l_arg;
+        bool l_quoted = false;
+        while (l_pos < l_end && (l_quoted || !l_blank(a_command_line[l_pos]))) {
+            char const l_char = a_command_line[l_pos];
+            if (l_char == '\\') {
+                std::size_t l_count = 0;
+                while (l_pos < l_end && a_command_line[l_pos] == '\\') {
+                    ++l_count;
+                    ++l_pos;
+                }
+                if (l_pos < l_end && a_command_line[l_pos] == '"') {
+                    l_arg.append(l_count / 2, '\\');
+                    if (l_count % 2 == 1) {
+                        l_arg += '"';
+                        ++l_pos;
+                    }
+                } else {
+                    l_arg.append(l_count, '\\');
+                }
+            } else if (l_char == '"') {
+                ++l_pos;
+                if (l_quoted && l_pos < l_end && a_command_line[l_pos] == '"') {
+                    l_arg += '"';
+                    ++l_pos;
+                } else {
+                    l_quoted = !l_quoted;
+                }
+            } else {
+                l_arg += l_char;
+                ++l_pos;
+            }
+        }
+        l_args.push_back(l_arg);
+    }
+    return l_args;
+}
+
+process::process(std::string const &a_id, std::string const &a_program, std::vector<std::string> const &a_args,
+                 std::map<std::string, std::string> const &a_env, std::string const &a_working_directory,
+                 std::string const &a_stdin_data, unsigned a_flags, status *a_status)
+    : m_info(std::make_shared<info>()), m_id(a_id), m_finished(false), m_paused(false), m_status(-1),
+      m_starttime(timestamp_with_utc(0, 0)), m_real_time(0.0), m_user_time(0.0), m_system_time(0.0), m_pid(0),
+      m_working_directory(a_working_directory), m_stdin_data(a_stdin_data), m_flags(a_flags), m_listener(a_status)
+{
+    info &l_info = *m_info;
+    l_info.m_capture = (m_flags & process_capture) != 0;
+    l_info.m_listener = m_listener;
+
+    if (l_info.m_capture) {
+        if (!platform::pipe_create(l_info.m_out_read, l_info.m_out_write)) {
+            es::call::raise(ORDWEL_HERE, "failed to create pipe (child stdout)");
+        }
+        if (!platform::handle_set_uninheritable(l_info.m_out_read)) {
+            es::call::raise(ORDWEL_HERE, "failed to configure pipe (child stdout)");
+        }
+        if (!platform::pipe_create(l_info.m_in_read, l_info.m_in_write)) {
+            es::call::raise(ORDWEL_HERE, "failed to create pipe");
+        }
+        if (!platform::handle_set_uninheritable(l_info.m_in_write)) {
+            es::call::raise(ORDWEL_HERE, "failed to configure pipe (child stdin)");
+        }
+        l_info.m_stdin_data = m_stdin_data;
+    }
+
+    std::string l_environment;
+    if (!environment_block_with_map(a_env, l_environment)) {
+        return;
+    }
+    std::string const l_command_line = command_line_with_args(a_program, a_args);
+
+    int const l_error =
+        create_child_process(l_command_line.c_str(), l_environment.empty() ? nullptr : l_environment.data());
+    if (l_error != 0) {
+        es::call::raise(ORDWEL_HERE,
+                        string_with_format("failed to create child process (error code %i)", l_error).c_str());
+    }
+    // The child holds its own copy of its input's read end: the parent's goes at once, so that a
+    // child that ends without reading breaks the pipe instead of leaving the monitor's write
+    // blocked. The output's write end stays until the monitor ends: the end of the child is seen
+    // by the process wait, never by the end of the pipe.
+    platform::handle_close(l_info.m_in_read);
+
+    l_info.m_started = true;
+    m_monitor.start(*this);
+    m_monitor.detach();
+}
+
+process::~process()
+{
+    {
+        std::unique_lock<std::mutex> l_lock(m_info->m_lock);
+        if (m_info->m_started) {
+            // The monitor copies its reference to the shared record first thing; the record must
+            // not go before that. A finished call running on another thread is let to end, as it
+            // may still be reading this object.
+            m_info->m_changed.wait(l_lock, [this] {
+                return m_info->m_taken && (!m_info->m_reporting || m_info->m_monitor_id == std::this_thread::get_id());
+            });
+        }
+        m_info->m_cancelled = true;
+    }
+    m_info.reset();
+}
+
+std::string const &process::get_id() const
+{
+    return m_id;
+}
+
+int process::get_pid() const
+{
+    return m_pid;
+}
+
+int process::get_status() const
+{
+    return m_status.load(std::memory_order_relaxed);
+}
+
+timestamp process::get_starttime() const
+{
+    return m_starttime;
+}
+
+double process::get_real_time() const
+{
+    return m_real_time.load(std::memory_order_relaxed);
+}
+
+double process::get_user_time() const
+{
+    return m_user_time.load(std::memory_order_relaxed);
+}
+
+double process::get_system_time() const
+{
+    return m_system_time.load(std::memory_order_relaxed);
+}
+
+double process::get_uptime() const
+{
+    if (m_pid == 0) {
+        return get_real_time();
+    }
+    fraction<unsigned long long> const l_elapsed = timestamp_with_utc(0, 0) - m_starttime;
+    return static_cast<double>(l_elapsed.numer()) / static_cast<double>(l_elapsed.denom());
+}
+
+void process::pause()
+{
+    platform::walk_result l_result = platform::walk_result::done;
+    {
+        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        if (m_pid != 0 && !m_info->m_reaped) {
+            l_result = platform::child_suspend(m_info->m_child);
+        }
+    }
+    if (l_result == platform::walk_result::snapshot_failed) {
+        es::call::raise(ORDWEL_HERE, "pause failed, CreateToolhelp32Snapshot failed");
+    }
+    if (l_result == platform::walk_result::first_failed) {
+        es::call::raise(ORDWEL_HERE, "pause failed, Thread32First failed");
+    }
+    m_paused = true;
+}
+
+void process::resume()
+{
+    platform::walk_result l_result = platform::walk_result::done;
+    {
+        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        if (m_pid != 0 && !m_info->m_reaped) {
+            l_result = platform::child_resume(m_info->m_child);
+        }
+    }
+    if (l_result == platform::walk_result::snapshot_failed) {
+        es::call::raise(ORDWEL_HERE, "resume failed, CreateToolhelp32Snapshot failed");
+    }
+    if (l_result == platform::walk_result::first_failed) {
+        es::call::raise(ORDWEL_HERE, "resume failed, Thread32First failed");
+    }
+    m_paused = false;
+}
+
+void process::terminate(bool a_cancel_monitor)
+{
+    {
+        scoped_mutex::lock l_guard(m_mutex);
+        if (m_finished) {
+            return;
+        }
+    }
+    if (a_cancel_monitor) {
+        // The monitor's cancellation: it ends at its cancel point, after the child's end, without
+        // results and without a report.
+        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        m_info->m_cancelled = true;
+    }
+    if (m_paused) {
+        resume();
+    }
+    std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+    if (m_pid != 0 && !m_info->m_reaped) {
+        platform::child_kill(m_info->m_child, 0);
+    }
+    platform::child_release(m_info->m_child);
+    m_info->m_closed = true;
+}
+
+void process::terminate_process_tree(bool a_cancel_monitor)
+{
+    {
+        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        if (m_pid != 0 && !m_info->m_reaped) {
+            platform::child_kill_children(m_info->m_child);
+        }
+    }
+    terminate(a_cancel_monitor);
+}
+
+int process::create_child_process(char const *a_command_line, char const *a_environment)
+{
+    info &l_info = *m_info;
+    int const l_error = platform::child_create(a_command_line, a_environment,
+                                               m_working_directory.empty() ? nullptr : m_working_directory.c_str(),
+                                               l_info.m_capture, l_info.m_in_read, l_info.m_out_write, l_info.m_child);
+    if (l_error == 0) {
+        m_pid = l_info.m_child.pid;
+    }
+    return l_error;
+}
+
+void process::drain_output(info &a_info)
+{
+    unsigned char l_buffer[k_read_size];
+    unsigned l_available = 0;
+    if (!platform::pipe_available(a_info.m_out_read, l_available)) {
+        return;
+    }
+    while (l_available > 0) {
+        unsigned l_read = 0;
+        if (!platform::pipe_read(a_info.m_out_read, l_buffer, k_read_size, l_read) || l_read == 0) {
+            break;
+        }
+        // Without a status object the output is read and dropped, so that the child never
+        // blocks on a full pipe.
+        if (a_info.m_listener != nullptr) {
+            a_info.m_listener->stdout_data(l_buffer, l_read);
+        }
+        if (!platform::pipe_available(a_info.m_out_read, l_available)) {
+            break;
+        }
+    }
+}
+
+void process::read_child_output()
+{
+    drain_output(*m_info);
+}
+
+void process::operator()()
+{
+    std::shared_ptr<info> l_shared;
+    {
+        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        l_shared = m_info;
+        l_shared->m_taken = true;
+        l_shared->m_monitor_id = std::this_thread::get_id();
+    }
+    l_shared->m_changed.notify_all();
+    // From here on the object itself is touched only under the record's lock and only while the
+    // monitor is not cancelled: the destructor cancels it under that lock.
+    info &l_info = *l_shared;
+
+    if (l_info.m_capture) {
+        platform::pipe_write(l_info.m_in_write, l_info.m_stdin_data.data(), l_info.m_stdin_data.size());
+        platform::handle_close(l_info.m_in_write);
+    }
+
+    platform::handle const l_output = l_info.m_capture ? l_info.m_out_read : platform::k_no_handle;
+    for (bool l_waiting = true; l_waiting;) {
+        int l_error = 0;
+        switch (platform::child_wait(l_info.m_child, l_output, l_error)) {
+        case platform::wait_result::ended:
+            l_waiting = false;
+            break;
+        case platform::wait_result::timeout:
+            if (l_info.m_capture) {
+                drain_output(l_info);
+            }
+            break;
+        case platform::wait_result::failed:
+            platform::handle_close(l_info.m_out_read);
+            std::fprintf(stderr, "WaitForSingleObject returned error: %i\n", l_error);
+            return;
+        case platform::wait_result::other:
+            break;
+        }
+    }
+
+    if (l_info.m_capture) {
+        drain_output(l_info);
+        platform::handle_close(l_info.m_out_read);
+        platform::handle_close(l_info.m_out_write);
+    }
+
+    thread::cancel_point();
+
+    platform::child_outcome l_outcome;
+    process::status *l_listener = nullptr;
+    {
+        std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+        platform::child_collect(l_info.m_child, l_outcome);
+        l_info.m_reaped = true;
+        if (l_info.m_cancelled) {
+            return;
+        }
+        {
+            scoped_mutex::lock l_guard(m_mutex);
+            m_finished = true;
+            // Once terminate has closed the child's handles, neither the exit code nor the
+            // times can be read any more.
+            if (l_outcome.has_code && !l_info.m_closed) {
+                m_status = l_outcome.code;
+            }
+            fraction<unsigned long long> const l_elapsed = timestamp_with_utc(0, 0) - m_starttime;
+            m_real_time = static_cast<double>(l_elapsed.numer()) / static_cast<double>(l_elapsed.denom());
+            if (l_outcome.has_times && !l_info.m_closed) {
+                m_user_time = static_cast<double>(l_outcome.user) / 10000000.0;
+                m_system_time = static_cast<double>(l_outcome.kernel) / 10000000.0;
+            }
+        }
+        l_listener = l_info.m_listener;
+        l_info.m_reporting = l_listener != nullptr;
+    }
+    if (l_listener != nullptr) {
+        l_listener->finished(this);
+        {
+            std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+            l_info.m_reporting = false;
+        }
+        l_info.m_changed.notify_all();
+    }
+}
+
+} // namespace ordwel

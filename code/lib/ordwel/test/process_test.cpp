@@ -1,0 +1,454 @@
+#include <ordwel/process.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <ordwel/es.h>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <csignal>
+#include <fstream>
+#include <unistd.h>
+#endif
+
+namespace {
+
+using namespace ordwel;
+using std::chrono::milliseconds;
+
+// The helper program built beside this test.
+std::string child_program()
+{
+#if defined(_WIN32)
+    char l_path[MAX_PATH];
+    DWORD const l_size = GetModuleFileNameA(nullptr, l_path, MAX_PATH);
+    std::string l_self(l_path, l_size);
+    return l_self.substr(0, l_self.find_last_of("\\/") + 1) + "ordwel_process_child.exe";
+#else
+    char l_path[4096];
+    ssize_t const l_size = readlink("/proc/self/exe", l_path, sizeof(l_path) - 1);
+    std::string const l_self(l_path, l_size > 0 ? static_cast<std::size_t>(l_size) : 0u);
+    return l_self.substr(0, l_self.rfind('/') + 1) + "ordwel_process_child";
+#endif
+}
+
+// Collects what a monitor reports and lets the test wait for the end.
+class recorder : public process::status {
+public:
+    void finished(process *a_process) override
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        ++m_finished;
+        m_status_seen = a_process->get_status();
+        m_changed.notify_all();
+    }
+
+    void stdout_data(unsigned char const *a_data, unsigned int a_size) override
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        m_output.append(reinterpret_cast<char const *>(a_data), a_size);
+        m_pieces.push_back(a_size);
+        m_changed.notify_all();
+    }
+
+    bool wait_finished(milliseconds a_limit = milliseconds(20000))
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, a_limit, [this] { return m_finished > 0; });
+    }
+
+    bool wait_output(std::string const &a_text, milliseconds a_limit = milliseconds(20000))
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, a_limit, [&] { return m_output.find(a_text) != std::string::npos; });
+    }
+
+    std::string output()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_output;
+    }
+
+    std::vector<unsigned> pieces()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_pieces;
+    }
+
+    int finished_count()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_finished;
+    }
+
+    int status_seen()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_status_seen;
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::string m_output;
+    std::vector<unsigned> m_pieces;
+    int m_finished = 0;
+    int m_status_seen = -2;
+};
+
+using env_map = std::map<std::string, std::string>;
+
+struct run_result {
+    std::string output;
+    int status;
+};
+
+// Runs the helper with captured output to its end.
+run_result run_child(std::vector<std::string> const &a_args, env_map const &a_env = {}, std::string const &a_stdin = {},
+                     std::string const &a_directory = {})
+{
+    recorder l_recorder;
+    process l_child("t", child_program(), a_args, a_env, a_directory, a_stdin, process_capture, &l_recorder);
+    EXPECT_TRUE(l_recorder.wait_finished());
+    return {l_recorder.output(), l_child.get_status()};
+}
+
+TEST(process_command_line, quotes_the_program_and_leaves_arguments_alone)
+{
+    struct row {
+        std::string program;
+        std::vector<std::string> args;
+        std::string line;
+    };
+    std::vector<row> const l_rows = {
+        {"c:\\a b\\x.exe", {}, "\"c:\\\\a b\\\\x.exe\" "},
+        {"/bin/prog", {"-a", "-b"}, "\"/bin/prog\" -a -b "},
+        {"p", {"two words", ""}, "\"p\" two words  "},
+        {"", {}, "\"\" "},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(command_line_with_args(l_row.program, l_row.args), l_row.line) << l_row.program;
+    }
+}
+
+TEST(process_command_line, reads_back_by_the_windows_runtime_rules)
+{
+    struct row {
+        std::string line;
+        std::vector<std::string> args;
+    };
+    std::vector<row> const l_rows = {
+        {"\"c:\\\\a b\\\\x.exe\" -a -b ", {"c:\\\\a b\\\\x.exe", "-a", "-b"}},
+        {"\"p\" two words  ", {"p", "two", "words"}},
+        {"prog a\tb", {"prog", "a", "b"}},
+        {"\"p\" \"a b\" c", {"p", "a b", "c"}},
+        {"\"p\" a\\\\\\\"b", {"p", "a\\\"b"}},   // 3 backslashes and a quote: one backslash, a quote
+        {"\"p\" a\\\\\"b c\"", {"p", "a\\b c"}}, // 2 backslashes and a quote: one backslash, a group
+        {"\"p\" a\\b\\\\c", {"p", "a\\b\\\\c"}}, // backslashes before no quote stay as they are
+        {"\"p\" \"a\"\"b\"", {"p", "a\"b"}},     // "" inside a group is a quote
+        {"\"p\" \"\"", {"p", ""}},               // an empty group is an empty argument
+        {"\"p\" \"open end", {"p", "open end"}},
+        {"\"p\\\" x", {"p\\", "x"}}, // the program knows no escapes
+        {"\"a b\"c d", {"a bc", "d"}},
+        {"", {}},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(argv_with_command_line(l_row.line), l_row.args) << l_row.line;
+    }
+}
+
+TEST(process_environment, block_is_sorted_and_skips_empty_keys_and_values)
+{
+    std::string l_block = "stale";
+    ASSERT_TRUE(environment_block_with_map({{"B", "2"}, {"A", "1"}, {"", "x"}, {"C", ""}}, l_block));
+    EXPECT_EQ(l_block, std::string("A=1\0B=2\0\0", 9));
+
+    ASSERT_TRUE(environment_block_with_map({}, l_block));
+    EXPECT_EQ(l_block, "");
+    ASSERT_TRUE(environment_block_with_map({{"A", ""}, {"", "b"}}, l_block));
+    EXPECT_EQ(l_block, "");
+}
+
+TEST(process_environment, entry_limit_is_4095_characters_and_block_limit_32768_bytes)
+{
+    std::string l_block;
+    // "K=" and a value: 4,095 characters pass, 4,096 do not.
+    EXPECT_TRUE(environment_block_with_map({{"K", std::string(4093, 'v')}}, l_block));
+    EXPECT_EQ(l_block.size(), 4097u);
+    EXPECT_FALSE(environment_block_with_map({{"K", std::string(4094, 'v')}}, l_block));
+
+    // Eight entries of 4,095 characters and their NULs are 32,768 bytes: one byte too many with
+    // the closing NUL. Seven fit.
+    env_map l_env;
+    for (char l_key = 'A'; l_key < 'H'; ++l_key) {
+        l_env[std::string(1, l_key)] = std::string(4093, 'v');
+    }
+    EXPECT_TRUE(environment_block_with_map(l_env, l_block));
+    EXPECT_EQ(l_block.size(), 7u * 4096u + 1u);
+    l_env["H"] = std::string(4093, 'v');
+    EXPECT_THROW(environment_block_with_map(l_env, l_block), es::call);
+}
+
+TEST(process, captures_output_and_exit_status)
+{
+    run_result const l_result = run_child({"out", "hello", "err", "-oops", "exit", "7"});
+    EXPECT_EQ(l_result.output, "hello-oops");
+    EXPECT_EQ(l_result.status, 7);
+}
+
+TEST(process, output_arrives_in_pieces_of_at_most_4096_bytes)
+{
+    recorder l_recorder;
+    process l_child("big", child_program(), {"big", "100000"}, {}, "", "", process_capture, &l_recorder);
+    ASSERT_TRUE(l_recorder.wait_finished());
+    EXPECT_EQ(l_recorder.output(), std::string(100000, 'x'));
+    std::vector<unsigned> const l_pieces = l_recorder.pieces();
+    EXPECT_GE(l_pieces.size(), 25u);
+    for (unsigned l_piece : l_pieces) {
+        EXPECT_LE(l_piece, 4096u);
+        EXPECT_GT(l_piece, 0u);
+    }
+    EXPECT_EQ(l_child.get_status(), 0);
+}
+
+TEST(process, feeds_standard_input_and_closes_it)
+{
+    EXPECT_EQ(run_child({"cat"}, {}, "line one\nline two\n").output, "line one\nline two\n");
+    // Input larger than a pipe holds: it all goes in before any output is read.
+    EXPECT_EQ(run_child({"count"}, {}, std::string(50000, 'i')).output, "50000 bytes");
+    // An empty input is closed at once: the child sees its end and goes on.
+    EXPECT_EQ(run_child({"count", "exit", "3"}).output, "0 bytes");
+}
+
+TEST(process, a_child_that_reads_nothing_does_not_hang_the_monitor)
+{
+    run_result const l_result = run_child({"exit", "4"}, {}, std::string(300000, 'z'));
+    EXPECT_EQ(l_result.status, 4);
+}
+
+TEST(process, arguments_with_blanks_arrive_split)
+{
+    EXPECT_EQ(run_child({"args", "a b", "c"}).output, "[a][b][c]");
+}
+
+TEST(process, environment_map_replaces_or_keeps_the_parents)
+{
+    EXPECT_EQ(run_child({"env"}, {{"A", "1"}}).output, "A=1\n");
+    EXPECT_EQ(run_child({"env"}, {{"A", "1"}, {"EMPTY", ""}}).output, "A=1\n");
+    // All entries skipped: the parent's environment, which is never empty under a test runner.
+    std::string const l_inherited = run_child({"env"}, {{"EMPTY", ""}}).output;
+    EXPECT_EQ(l_inherited, run_child({"env"}).output);
+    EXPECT_NE(l_inherited, "");
+}
+
+TEST(process, an_environment_entry_too_long_leaves_no_child)
+{
+    recorder l_recorder;
+    process l_child("long", child_program(), {"exit", "1"}, {{"K", std::string(4094, 'v')}}, "", "", process_capture,
+                    &l_recorder);
+    EXPECT_EQ(l_child.get_pid(), 0);
+    EXPECT_EQ(l_child.get_status(), -1);
+    EXPECT_EQ(l_child.get_uptime(), 0.0);
+    EXPECT_FALSE(l_recorder.wait_finished(milliseconds(100)));
+    l_child.terminate(true);
+    l_child.pause();
+    l_child.resume();
+}
+
+TEST(process, runs_in_the_working_directory)
+{
+#if defined(_WIN32)
+    char l_temp[MAX_PATH];
+    GetTempPathA(MAX_PATH, l_temp);
+    std::string l_directory = l_temp;
+    if (l_directory.size() > 3 && (l_directory.back() == '\\' || l_directory.back() == '/')) {
+        l_directory.pop_back();
+    }
+#else
+    std::string const l_directory = "/";
+#endif
+    EXPECT_EQ(run_child({"cwd"}, {}, "", l_directory).output, l_directory);
+}
+
+TEST(process, a_missing_program_raises_with_the_platform_code)
+{
+    try {
+        process l_child("none", child_program() + "-missing", {}, {}, "", "", 0, nullptr);
+        FAIL() << "no exception";
+    } catch (es::call const &l_error) {
+        EXPECT_EQ(std::string(l_error.what()).rfind("failed to create child process (error code ", 0), 0u)
+            << l_error.what();
+    }
+}
+
+TEST(process, results_before_and_after_the_end)
+{
+    recorder l_recorder;
+    process l_child("times", child_program(), {"sleep", "200", "exit", "5"}, {}, "", "", 0, &l_recorder);
+    EXPECT_EQ(l_child.get_id(), "times");
+    EXPECT_NE(l_child.get_pid(), 0);
+    EXPECT_EQ(l_child.get_status(), -1);
+    EXPECT_EQ(l_child.get_real_time(), 0.0);
+    ASSERT_TRUE(l_recorder.wait_finished());
+    EXPECT_EQ(l_recorder.status_seen(), 5);
+    EXPECT_EQ(l_child.get_status(), 5);
+    double const l_real = l_child.get_real_time();
+    EXPECT_GE(l_real, 0.15);
+    EXPECT_GE(l_child.get_user_time(), 0.0);
+    EXPECT_GE(l_child.get_system_time(), 0.0);
+    // The uptime grows on after the end, the real time stands.
+    double const l_uptime = l_child.get_uptime();
+    EXPECT_GE(l_uptime, l_real);
+    std::this_thread::sleep_for(milliseconds(20));
+    EXPECT_GT(l_child.get_uptime(), l_uptime);
+    EXPECT_EQ(l_child.get_real_time(), l_real);
+    // Once ended, terminate touches nothing.
+    l_child.terminate(true);
+    EXPECT_EQ(l_child.get_status(), 5);
+    EXPECT_EQ(l_recorder.finished_count(), 1);
+}
+
+TEST(process, terminate_with_cancel_records_nothing_and_reports_nothing)
+{
+    recorder l_recorder;
+    process l_child("kill", child_program(), {"out", "up", "sleep", "30000"}, {}, "", "", process_capture, &l_recorder);
+    ASSERT_TRUE(l_recorder.wait_output("up"));
+    l_child.terminate(true);
+    EXPECT_FALSE(l_recorder.wait_finished(milliseconds(300)));
+    EXPECT_EQ(l_child.get_status(), -1);
+    EXPECT_EQ(l_child.get_real_time(), 0.0);
+    // A second terminate does no harm.
+    l_child.terminate(true);
+}
+
+TEST(process, terminate_without_cancel_reports_without_an_exit_code)
+{
+    recorder l_recorder;
+    process l_child("kill", child_program(), {"sleep", "30000"}, {}, "", "", 0, &l_recorder);
+    l_child.terminate(false);
+    ASSERT_TRUE(l_recorder.wait_finished());
+    EXPECT_EQ(l_child.get_status(), -1);
+    EXPECT_GT(l_child.get_real_time(), 0.0);
+    EXPECT_EQ(l_child.get_user_time(), 0.0);
+    l_child.terminate(false);
+    EXPECT_EQ(l_recorder.finished_count(), 1);
+}
+
+TEST(process, pause_holds_the_child_until_every_pause_is_resumed)
+{
+    recorder l_recorder;
+    process l_child("pause", child_program(), {"cat", "out", "done"}, {}, "", "", process_capture, &l_recorder);
+    l_child.pause();
+    l_child.pause();
+    EXPECT_FALSE(l_recorder.wait_finished(milliseconds(200)));
+    l_child.resume();
+    EXPECT_FALSE(l_recorder.wait_finished(milliseconds(200)));
+    l_child.resume();
+    ASSERT_TRUE(l_recorder.wait_finished());
+    EXPECT_EQ(l_recorder.output(), "done");
+    EXPECT_EQ(l_child.get_status(), 0);
+}
+
+TEST(process, terminate_resumes_and_kills_a_paused_child)
+{
+    recorder l_recorder;
+    process l_child("paused", child_program(), {"sleep", "30000"}, {}, "", "", 0, &l_recorder);
+    l_child.pause();
+    l_child.terminate(false);
+    ASSERT_TRUE(l_recorder.wait_finished());
+}
+
+TEST(process, destroying_the_object_leaves_the_child_and_the_monitor_quiet)
+{
+    recorder l_recorder;
+    {
+        process l_child("gone", child_program(), {"sleep", "100", "out", "late"}, {}, "", "", process_capture,
+                        &l_recorder);
+    }
+    // The monitor still drains the child's output into the status object, but reports no end.
+    ASSERT_TRUE(l_recorder.wait_output("late"));
+    EXPECT_FALSE(l_recorder.wait_finished(milliseconds(200)));
+}
+
+// A status object that ends the process from its own callback, on the monitor thread.
+class self_deleting : public process::status {
+public:
+    void finished(process *a_process) override
+    {
+        delete a_process;
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        m_done = true;
+        m_changed.notify_all();
+    }
+    bool wait()
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, milliseconds(20000), [this] { return m_done; });
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    bool m_done = false;
+};
+
+TEST(process, finished_may_destroy_its_process)
+{
+    self_deleting l_status;
+    new process("self", child_program(), {"exit", "0"}, {}, "", "", 0, &l_status);
+    EXPECT_TRUE(l_status.wait());
+}
+
+TEST(process, capture_without_status_object_drains_and_drops)
+{
+    process l_child("quiet", child_program(), {"big", "200000", "exit", "2"}, {}, "", "", process_capture, nullptr);
+    for (int l_try = 0; l_try < 2000 && l_child.get_status() == -1; ++l_try) {
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    EXPECT_EQ(l_child.get_status(), 2);
+}
+
+#if !defined(_WIN32)
+// Whether a process is gone or a zombie nobody has reaped yet.
+bool is_dead(long a_pid)
+{
+    std::ifstream l_stat("/proc/" + std::to_string(a_pid) + "/stat");
+    std::string l_text;
+    if (!std::getline(l_stat, l_text)) {
+        return true;
+    }
+    std::size_t const l_close = l_text.rfind(')');
+    return l_close != std::string::npos && l_text.compare(l_close + 2, 1, "Z") == 0;
+}
+
+TEST(process, terminate_process_tree_reaches_children_but_not_grandchildren)
+{
+    recorder l_recorder;
+    process l_child("tree", child_program(), {"spawn", "spawn", "sleep", "30000"}, {}, "", "", process_capture,
+                    &l_recorder);
+    ASSERT_TRUE(l_recorder.wait_output("\nchild "));
+    std::string const l_output = l_recorder.output();
+    long l_first = 0;
+    long l_second = 0;
+    ASSERT_EQ(std::sscanf(l_output.c_str(), "child %ld\nchild %ld", &l_first, &l_second), 2) << l_output;
+    l_child.terminate_process_tree(false);
+    ASSERT_TRUE(l_recorder.wait_finished());
+    for (int l_try = 0; l_try < 200 && !is_dead(l_first); ++l_try) {
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    EXPECT_TRUE(is_dead(l_first));
+    EXPECT_FALSE(is_dead(l_second));
+    kill(static_cast<pid_t>(l_second), SIGKILL);
+}
+#endif
+
+} // namespace
