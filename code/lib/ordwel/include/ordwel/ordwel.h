@@ -2,6 +2,7 @@
 #define ORDWEL_ORDWEL_H
 
 // Every public header of the library.
+#include <ordwel/bitstream.h>
 #include <ordwel/buffer.h>
 #include <ordwel/bytestream.h>
 #include <ordwel/callqueue.h>

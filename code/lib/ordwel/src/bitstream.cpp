@@ -1,0 +1,328 @@
+#include <ordwel/bitstream.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <exception>
+
+namespace ordwel {
+namespace bitstream {
+
+namespace {
+
+// Block sizes are whole 32-bit words, and at least two of them: the writer must
+// be able to send a whole word out whenever a field does not fit.
+constexpr uint64 k_min_block = 8;
+
+uint64 block_size(uint64 a_size)
+{
+    if (a_size <= k_min_block) {
+        return k_min_block;
+    }
+    return a_size % 4 == 0 ? a_size : a_size + (4 - a_size % 4);
+}
+
+std::unique_ptr<uint32[]> zeroed_words(uint64 a_bytes)
+{
+    return std::unique_ptr<uint32[]>(new uint32[static_cast<std::size_t>(a_bytes / 4)]());
+}
+
+uint32 load_be32(unsigned char const *a_bytes)
+{
+    return static_cast<uint32>((uint32(a_bytes[0]) << 24) | (uint32(a_bytes[1]) << 16) | (uint32(a_bytes[2]) << 8) |
+                               a_bytes[3]);
+}
+
+// Zeros from a_end to the end of the word after the one that holds it.
+void clear_behind(unsigned char *a_block, uint64 a_end)
+{
+    uint64 const l_stop = (a_end & ~uint64(3)) + 8;
+    std::memset(a_block + a_end, 0, static_cast<std::size_t>(l_stop - a_end));
+}
+
+} // namespace
+
+// The reader's block: m_size bytes of data behind up to 7 carried bytes, then
+// the cleared word after the last one that holds data.
+rd::rd(stream::rd &a_stream, uint64 a_size)
+    : m_size(block_size(a_size)), m_buf(zeroed_words(m_size + 16)), m_stream(&a_stream), m_bytes(0), m_bits(0)
+{
+}
+
+rd::~rd() = default;
+
+void rd::set(stream::rd &a_stream, uint64 a_size)
+{
+    uint64 const l_size = block_size(a_size);
+    m_buf.reset();
+    m_buf = zeroed_words(l_size + 16);
+    m_size = l_size;
+    clear(a_stream);
+}
+
+void rd::clear(stream::rd &a_stream)
+{
+    m_stream = &a_stream;
+    m_bytes = 0;
+    m_bits = 0;
+}
+
+uint64 rd::fill_from(uint64 a_offset, uint64 a_want_bits) const
+{
+    // One read fills the block from a well-behaved source. A source that hands
+    // out less while more is coming is asked again until the bits wanted are in:
+    // what a refill brings back is taken as all there is for now, and a short
+    // piece would otherwise read as the end of the data.
+    unsigned char *const l_block = bytes();
+    uint64 l_got = 0;
+    for (;;) {
+        uint64 const l_room = m_size - l_got;
+        uint64 const l_count = std::min(m_stream->read(l_block + a_offset + l_got, l_room), l_room);
+        l_got += l_count;
+        if (l_count == 0 || l_got == m_size || m_bits + 8 * l_got >= a_want_bits) {
+            break;
+        }
+    }
+    m_bytes = a_offset + l_got;
+    clear_behind(l_block, m_bytes);
+    return l_got;
+}
+
+void rd::refill(uint64 a_want) const
+{
+    // The unfinished bytes (a begun one among them) stay at their offset modulo
+    // 4: the two words that hold them go to the front, and the source fills in
+    // behind them.
+    uint64 const l_unfinished = (m_bits + 7) / 8;
+    uint64 const l_start = m_bytes - l_unfinished;
+    unsigned char *const l_block = bytes();
+    std::memmove(l_block, l_block + (l_start & ~uint64(3)), 8);
+    uint64 const l_got = fill_from(l_unfinished + (l_start & 3), a_want);
+    m_bits += 8 * l_got;
+}
+
+uint64 rd::read(unsigned char *a_destination, uint64 a_count, uint64 a_align) const
+{
+    // Bytes need a byte boundary: an alignment below 8 counts as 8.
+    uint64 const l_align = std::max<uint64>(a_align, 8);
+    m_bits -= m_bits % l_align;
+    m_bits -= m_bits % 8;
+    uint64 const l_buffered = m_bits / 8;
+    uint64 const l_taken = std::min(a_count, l_buffered);
+    if (l_taken != 0) {
+        std::memcpy(a_destination, bytes() + m_bytes - l_buffered, static_cast<std::size_t>(l_taken));
+        m_bits -= 8 * l_taken;
+    }
+    if (l_taken == a_count) {
+        return l_taken;
+    }
+    return l_taken + m_stream->read(a_destination + l_taken, a_count - l_taken);
+}
+
+void rd::skip(uint64 a_count) const
+{
+    if (a_count <= m_bits) {
+        m_bits -= a_count;
+        return;
+    }
+    unsigned char *const l_block = bytes();
+    uint64 l_count = a_count;
+    for (;;) {
+        l_count -= m_bits;
+        std::memmove(l_block, l_block + (m_bytes & ~uint64(3)), 8);
+        uint64 const l_offset = m_bytes & 3;
+        uint64 const l_read = std::min(m_stream->read(l_block + l_offset, m_size), m_size);
+        m_bytes = l_offset + l_read;
+        clear_behind(l_block, m_bytes);
+        m_bits = 8 * l_read;
+        if (l_count <= m_bits || l_read == 0) {
+            break;
+        }
+    }
+    m_bits -= std::min(l_count, m_bits);
+}
+
+bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align) const
+{
+    // Every step of 32 or more tests one position per word; a larger one must not wrap the offset.
+    uint64 const l_step = a_step == 0 ? 1 : std::min<uint64>(a_step, 64);
+    uint64 const l_bits = detail::at_most_32(a_bits);
+    // A shift by 32 counts as a shift by 0.
+    uint32 const l_want = l_bits == 0 || l_bits == 32 ? a_value : a_value << (32 - l_bits);
+    uint32 const l_mask = l_bits == 0 ? 0 : ~uint32(0) << (32 - l_bits);
+
+    uint64 const l_unread = m_bits - (a_align == 0 ? 0 : m_bits % a_align);
+    uint64 const l_position = m_bytes * 8 - l_unread;
+    // o: the offset in the word under the scan; r: the valid bits from that word's start. The
+    // positions are o, o + step ... up to the end of the word, then the same from the start of
+    // each following word.
+    uint64 l_offset = l_position % 32;
+    uint64 l_valid = l_unread + l_offset;
+    uint64 l_word = l_position / 32;
+    unsigned char const *const l_block = bytes();
+    // A search at byte positions for a pattern with a whole first byte looks that byte up with
+    // memchr and tests the candidates: the same positions in the same order as the word scan.
+    bool const l_byte_grid = l_step == 8 && l_bits >= 8;
+    auto const l_first = static_cast<unsigned char>(l_want >> 24);
+    for (;;) {
+        // A word is scanned only when the next one is whole too: then every span that starts in it
+        // lies in the data, and a span that runs past the data is tested after the next refill.
+        if (l_byte_grid && l_offset % 8 == 0 && l_valid >= 64) {
+            uint64 const l_words = (l_valid - 32) / 32;
+            unsigned char const *l_from = l_block + 4 * l_word + l_offset / 8;
+            unsigned char const *const l_to = l_block + 4 * (l_word + l_words);
+            uint64 const l_end = 32 * l_word + l_valid;
+            while (l_from < l_to) {
+                auto const *const l_hit = static_cast<unsigned char const *>(
+                    std::memchr(l_from, l_first, static_cast<std::size_t>(l_to - l_from)));
+                if (l_hit == nullptr) {
+                    break;
+                }
+                uint64 const l_at = 8 * static_cast<uint64>(l_hit - l_block);
+                if ((load_be32(l_hit) & l_mask) == l_want) {
+                    m_bits = l_end - l_at - l_bits;
+                    return true;
+                }
+                l_from = l_hit + 1;
+            }
+            l_valid -= 32 * l_words;
+            l_offset = 0;
+            l_word += l_words;
+        }
+        while (l_valid >= 64) {
+            uint64 const l_pair = detail::load_be64(l_block + 4 * l_word);
+            for (; l_offset < 32; l_offset += l_step) {
+                if ((static_cast<uint32>((l_pair << l_offset) >> 32) & l_mask) == l_want) {
+                    m_bits = l_valid - l_offset - l_bits;
+                    return true;
+                }
+            }
+            l_valid -= 32;
+            l_offset = 0;
+            ++l_word;
+        }
+        // Fewer than two words left: carry them to the front of the block (the word under the scan
+        // starts a word, so it goes to the very front) and read behind them.
+        m_bits = l_valid;
+        refill(64);
+        l_word = 0;
+        if (m_bits == l_valid) {
+            break;
+        }
+        l_valid = m_bits;
+    }
+    // The end of the data: the last one or two words, only spans that lie in the data.
+    for (uint64 l_base = 0; l_base < l_valid; l_base += 32) {
+        uint64 const l_pair = detail::load_be64(l_block + l_base / 8);
+        for (; l_offset < 32 && l_base + l_offset + l_bits <= l_valid; l_offset += l_step) {
+            if ((static_cast<uint32>((l_pair << l_offset) >> 32) & l_mask) == l_want) {
+                m_bits = l_valid - l_base - l_offset - l_bits;
+                return true;
+            }
+        }
+        l_offset = 0;
+    }
+    m_bits = 0;
+    return false;
+}
+
+// The writer's block: m_size bytes and a spare word behind them, so that a
+// field written at the last word of the block never leaves it. Everything
+// behind the write cursor is kept zero.
+wr::wr(stream::wr &a_stream, uint64 a_size) : m_size(0), m_stream(&a_stream), m_free(0)
+{
+    allocate(a_size);
+}
+
+wr::~wr()
+{
+    try {
+        write_out(m_size - m_free / 8);
+    } catch (std::exception const &) {
+        // Nowhere to report it; clear() before the end makes the failure visible.
+    }
+}
+
+void wr::allocate(uint64 a_size)
+{
+    uint64 const l_size = block_size(a_size);
+    m_buf.reset();
+    m_buf = zeroed_words(l_size + 8);
+    m_size = l_size;
+    m_free = m_size * 8;
+}
+
+void wr::set(stream::wr &a_stream, uint64 a_size)
+{
+    write_out(m_size - m_free / 8);
+    allocate(a_size);
+    m_stream = &a_stream;
+}
+
+void wr::clear(stream::wr &a_stream)
+{
+    write_out(m_size - m_free / 8);
+    m_stream = &a_stream;
+}
+
+void wr::write_out(uint64 a_count)
+{
+    if (a_count != 0) {
+        m_stream->write(bytes(), a_count);
+    }
+    std::memset(bytes(), 0, static_cast<std::size_t>(m_size + 8));
+    m_free = m_size * 8;
+}
+
+void wr::make_room()
+{
+    // The complete bytes, in whole words; the word of the cursor moves to the
+    // front.
+    uint64 const l_complete = m_size - (m_free + 7) / 8;
+    uint64 const l_words = l_complete & ~uint64(3);
+    if (l_words == 0) {
+        return;
+    }
+    unsigned char *const l_block = bytes();
+    m_stream->write(l_block, l_words);
+    std::memmove(l_block, l_block + l_words, 4);
+    std::memset(l_block + 4, 0, static_cast<std::size_t>(m_size + 4));
+    m_free += 8 * l_words;
+}
+
+void wr::write(unsigned char const *a_source, uint64 a_count, uint64 a_align)
+{
+    uint64 const l_align = std::max<uint64>(a_align, 8);
+    uint64 l_free = m_free - m_free % l_align;
+    l_free -= l_free % 8;
+    if (a_count <= l_free / 8) {
+        if (a_count != 0) {
+            std::memcpy(bytes() + m_size - l_free / 8, a_source, static_cast<std::size_t>(a_count));
+        }
+        m_free = l_free - 8 * a_count;
+        return;
+    }
+    write_out(m_size - l_free / 8);
+    m_stream->write(a_source, a_count);
+}
+
+void wr::skip(uint64 a_count)
+{
+    // The free words of the block are zero already: the cursor can move through
+    // them.
+    if (a_count < m_free) {
+        m_free -= a_count;
+        return;
+    }
+    uint64 l_count = a_count - m_free;
+    write_out(m_size);
+    uint64 const l_block_bits = m_size * 8;
+    while (l_count >= l_block_bits) {
+        m_stream->write(bytes(), m_size);
+        l_count -= l_block_bits;
+    }
+    m_free = l_block_bits - l_count;
+}
+
+} // namespace bitstream
+} // namespace ordwel
