@@ -1,5 +1,6 @@
 #include <ordwel/callqueue.h>
 
+#include <algorithm>
 #include <utility>
 
 #include <pthread.h>
@@ -170,6 +171,39 @@ void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_call, std::string
     m_exit_calls.push_back(std::move(a_call));
 }
 
+// The owner holds an object's mutex while its call runs, and notes the object as running. An
+// object that a nested run meets again is already held by the owner: it runs under that hold.
+class callqueue::held_call {
+public:
+    held_call(callqueue_object const &a_call, std::vector<callqueue_object const *> &a_running)
+        : m_call(a_call), m_running(a_running),
+          m_nested(std::find(a_running.begin(), a_running.end(), &a_call) != a_running.end())
+    {
+        if (!m_nested) {
+            m_call.lock();
+        }
+        m_running.push_back(&m_call);
+    }
+    ~held_call()
+    {
+        m_running.pop_back();
+        if (!m_nested) {
+            try {
+                m_call.unlock();
+            } catch (es::base const &) {
+            }
+        }
+    }
+
+    held_call(held_call const &) = delete;
+    held_call &operator=(held_call const &) = delete;
+
+private:
+    callqueue_object const &m_call;
+    std::vector<callqueue_object const *> &m_running;
+    bool const m_nested;
+};
+
 void callqueue::run()
 {
     if (!on_owner()) {
@@ -203,7 +237,7 @@ void callqueue::run()
     };
     for (pending &l_pending : l_calls) {
         callqueue_object &l_call = *l_pending.m_call;
-        scoped_mutex::lock const l_call_lock(l_call.m_mutex);
+        held_call const l_held(l_call, m_running);
         call_end const l_end{l_call, l_pending.m_ended.get()};
         call_dropping_exceptions(l_call);
     }
@@ -224,9 +258,8 @@ void callqueue::exit()
         l_calls.splice(l_calls.end(), m_exit_calls);
     }
     for (ptr_refcount<callqueue_object> &l_ref : l_calls) {
-        callqueue_object &l_call = *l_ref;
-        scoped_mutex::lock const l_call_lock(l_call.m_mutex);
-        call_dropping_exceptions(l_call);
+        held_call const l_held(*l_ref, m_running);
+        call_dropping_exceptions(*l_ref);
     }
 }
 

@@ -80,42 +80,13 @@ void mutex::unlock() const
     }
 }
 
-scoped_mutex::lock::lock(mutex const &a_mutex, bool a_lock) : m_mutex(&a_mutex)
-{
-    if (a_lock) {
-        m_mutex->lock();
-    }
-}
-
 // A failure while an exception is on its way through the calling thread cannot be raised without
 // terminating the process; it is dropped then. Otherwise it reaches the caller. The question is
 // only asked once the operation has failed, so the guard costs nothing extra when it succeeds.
-scoped_mutex::lock::~lock() noexcept(false)
+void scoped_mutex::rethrow_unless_unwinding()
 {
-    try {
-        m_mutex->unlock();
-    } catch (es::base const &) {
-        if (std::uncaught_exceptions() == 0) {
-            throw;
-        }
-    }
-}
-
-scoped_mutex::unlock::unlock(mutex const &a_mutex, bool a_unlock) : m_mutex(&a_mutex)
-{
-    if (a_unlock) {
-        m_mutex->unlock();
-    }
-}
-
-scoped_mutex::unlock::~unlock() noexcept(false)
-{
-    try {
-        m_mutex->lock();
-    } catch (es::base const &) {
-        if (std::uncaught_exceptions() == 0) {
-            throw;
-        }
+    if (std::uncaught_exceptions() == 0) {
+        throw;
     }
 }
 

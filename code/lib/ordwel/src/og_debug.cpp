@@ -6,6 +6,7 @@
 #include <new>
 
 #include <ordwel/es.h>
+#include <ordwel/file.h>
 
 namespace ordwel {
 
@@ -173,6 +174,35 @@ void flush(uint64 a_channel)
 {
     if (the_mask().bit(a_channel)) {
         std::fflush(stderr);
+    }
+}
+
+void dump_buf(uint64 a_channel, char const *a_path, void const *a_bytes, uint64 a_size)
+{
+    if (a_path == nullptr || a_bytes == nullptr || a_size == 0 || !the_mask().bit(a_channel)) {
+        return;
+    }
+    file l_file;
+    try {
+        l_file.open(a_path, file_write | file_create | file_truncate, 420);
+    } catch (es::base const &) {
+    }
+    if (!l_file.is_open()) {
+        std::fputs("error: debug dump failed: couldn't open file\n", stderr);
+        return;
+    }
+    char const *l_failure = nullptr;
+    try {
+        // A short write is as much a failure as a failed one.
+        if (l_file.write(a_bytes, a_size) != a_size) {
+            l_failure = "error: debug dump failed: failed to write file\n";
+        }
+    } catch (es::base const &) {
+        l_failure = "error: debug dump failed: failed to write file\n";
+    }
+    l_file.close();
+    if (l_failure != nullptr) {
+        std::fputs(l_failure, stderr);
     }
 }
 

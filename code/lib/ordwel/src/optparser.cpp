@@ -56,6 +56,32 @@ unsigned int index_after(unsigned int a_base, long long a_step, unsigned int a_l
     return static_cast<unsigned int>(l_index);
 }
 
+// The words being scanned: argv itself until the scan meets a "--name=v1,v2" word; from then on a
+// copy in which each such word stands replaced by "--name", "v1", "v2".
+class word_line {
+public:
+    word_line(char const *const *a_argv, unsigned int a_argc) : m_words(a_argv), m_size(a_argc), m_copy() {}
+
+    char const *operator[](std::size_t a_index) const { return m_words[a_index]; }
+    std::size_t size() const { return m_size; }
+
+    void replace(std::size_t a_index, std::vector<char const *> const &a_words)
+    {
+        if (m_copy.empty()) {
+            m_copy.assign(m_words, m_words + m_size);
+        }
+        m_copy.erase(m_copy.begin() + static_cast<std::ptrdiff_t>(a_index));
+        m_copy.insert(m_copy.begin() + static_cast<std::ptrdiff_t>(a_index), a_words.begin(), a_words.end());
+        m_words = m_copy.data();
+        m_size = m_copy.size();
+    }
+
+private:
+    char const *const *m_words;
+    std::size_t m_size;
+    std::vector<char const *> m_copy;
+};
+
 } // namespace
 
 // ---- opt_functor ----
@@ -147,9 +173,7 @@ bool optparser::parse(unsigned int a_argc, char **a_argv)
         ~depth_guard() { --m_depth; }
     } const l_depth(m_parse_depth);
 
-    // The words being scanned: argv's own pointers, with each "--name=v1,v2" replaced in place by
-    // "--name", "v1", "v2" when the scan reaches it.
-    std::vector<char const *> l_line(a_argv, a_argv + a_argc);
+    word_line l_line(a_argv, a_argc);
     std::vector<char const *> l_args;
     l_args.reserve(k_reserved_words);
 
@@ -227,8 +251,7 @@ bool optparser::parse(unsigned int a_argc, char **a_argv)
                     }
                     l_piece = l_comma + 1;
                 }
-                l_line.erase(l_line.begin() + l_index);
-                l_line.insert(l_line.begin() + l_index, l_expanded.begin(), l_expanded.end());
+                l_line.replace(l_index, l_expanded);
             }
             unsigned int const l_remembered = l_index;
             if (!l_collect(l_index + 1, l_opt->second)) {

@@ -251,6 +251,26 @@ TEST(callqueue, calls_added_during_run_wait_for_the_next_run_unless_run_nested)
     queue().run();
 }
 
+// A call that drains the queue itself meets its own object again: it runs nested under the hold of
+// the outer run instead of hanging the owner on the object's mutex.
+TEST(callqueue, nested_run_meets_the_running_object_again)
+{
+    std::vector<int> l_depths;
+    int l_depth = 0;
+    ptr_refcount<call> l_self;
+    l_self = make_call([&] {
+        l_depths.push_back(++l_depth);
+        if (l_depth == 1) {
+            queue().add_call(l_self, "self", callqueue_deferred);
+            queue().run();
+        }
+        --l_depth;
+    });
+    queue().add_call(l_self, "self", callqueue_deferred);
+    queue().run();
+    EXPECT_EQ(l_depths, (std::vector<int>{1, 2}));
+}
+
 TEST(callqueue, raising_calls_are_dropped_and_the_rest_run)
 {
     auto const l_raising = make_call([] { throw std::logic_error("dropped"); });

@@ -5,6 +5,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <ordwel/condition.h>
 #include <ordwel/export.h>
@@ -89,6 +90,8 @@ private:
         std::shared_ptr<bool> m_ended;
     };
 
+    class held_call;
+
     callqueue();
 
     std::list<pending> m_calls;
@@ -97,6 +100,10 @@ private:
     bool m_exited;
     mutex m_exited_mutex;
     std::set<std::string> m_unique_ids;
+    // The owner's alone: the objects whose calls run further up its stack. A call that drains the
+    // queue itself may meet its own object again in the nested run; the owner holds that object's
+    // mutex already and must not take it a second time.
+    std::vector<callqueue_object const *> m_running;
 };
 
 } // namespace ordwel

@@ -42,6 +42,10 @@ ORDWEL_API void print(uint64 a_channel, char const *a_format, ...) ORDWEL_PRINTF
 // The dump ends with a line that holds only the total size and the two bars.
 ORDWEL_API void print_buf(uint64 a_channel, void const *a_bytes, uint64 a_size);
 ORDWEL_API void flush(uint64 a_channel);
+// When a_channel is on, writes a_size bytes to the file at a_path, made or emptied first. A file
+// that cannot be opened or written is reported on the standard error stream, not raised; a failed
+// close raises es::file. A null path or bytes, or a zero size, does nothing.
+ORDWEL_API void dump_buf(uint64 a_channel, char const *a_path, void const *a_bytes, uint64 a_size);
 
 ORDWEL_API bool mask_bit(uint64 a_channel);
 ORDWEL_API void mask_set_bit(uint64 a_channel);

@@ -47,8 +47,20 @@ struct ORDWEL_API scoped_mutex {
     // holds; it unlocks at the end of the scope either way.
     class ORDWEL_API lock {
     public:
-        explicit lock(mutex const &a_mutex, bool a_lock = true);
-        ~lock() noexcept(false);
+        explicit lock(mutex const &a_mutex, bool a_lock = true) : m_mutex(&a_mutex)
+        {
+            if (a_lock) {
+                m_mutex->lock();
+            }
+        }
+        ~lock() noexcept(false)
+        {
+            try {
+                m_mutex->unlock();
+            } catch (...) {
+                rethrow_unless_unwinding();
+            }
+        }
 
         lock(lock const &) = delete;
         lock &operator=(lock const &) = delete;
@@ -61,8 +73,20 @@ struct ORDWEL_API scoped_mutex {
     // it locks again at the end of the scope either way.
     class ORDWEL_API unlock {
     public:
-        explicit unlock(mutex const &a_mutex, bool a_unlock = true);
-        ~unlock() noexcept(false);
+        explicit unlock(mutex const &a_mutex, bool a_unlock = true) : m_mutex(&a_mutex)
+        {
+            if (a_unlock) {
+                m_mutex->unlock();
+            }
+        }
+        ~unlock() noexcept(false)
+        {
+            try {
+                m_mutex->lock();
+            } catch (...) {
+                rethrow_unless_unwinding();
+            }
+        }
 
         unlock(unlock const &) = delete;
         unlock &operator=(unlock const &) = delete;
@@ -70,6 +94,12 @@ struct ORDWEL_API scoped_mutex {
     private:
         mutex const *m_mutex;
     };
+
+private:
+    // Called in a handler: rethrows the failure of a guard's destructor, unless an exception is
+    // already on its way through the calling thread. The guards are inline so that they cost no
+    // more than the lock calls themselves.
+    static void rethrow_unless_unwinding();
 };
 
 } // namespace ordwel

@@ -71,7 +71,7 @@ public:
     // Scans argv[1] to argv[a_argc - 1]. True when the scan ended or a callback stopped it; false
     // after an error line. Besides --name, a long option may be written --name=v1,v2,... which is
     // read as --name followed by the separate words v1, v2, ...; the words made this way live until
-    // the parser's next parse or its destruction.
+    // the parser's next parse (one called from a callback aside) or its destruction.
     bool parse(unsigned int a_argc, char **a_argv);
 
     // ---- help text ----

@@ -3,13 +3,20 @@
 
 // Every public header of the library.
 #include <ordwel/buffer.h>
+#include <ordwel/bytestream.h>
 #include <ordwel/callqueue.h>
+#include <ordwel/chunkbuf.h>
 #include <ordwel/clock.h>
+#include <ordwel/codecs.h>
+#include <ordwel/coding.h>
 #include <ordwel/condition.h>
 #include <ordwel/conv.h>
+#include <ordwel/cpuinfo.h>
 #include <ordwel/ds.h>
+#include <ordwel/env.h>
 #include <ordwel/es.h>
 #include <ordwel/export.h>
+#include <ordwel/file.h>
 #include <ordwel/fraction.h>
 #include <ordwel/impersonate.h>
 #include <ordwel/mutex.h>
@@ -19,6 +26,7 @@
 #include <ordwel/process.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
+#include <ordwel/stream.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
 #include <ordwel/test.h>

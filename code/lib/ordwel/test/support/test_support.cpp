@@ -18,6 +18,7 @@ std::string text_of(ordwel::buffer const &a_bytes)
 #include <cstdio>
 #if defined(_WIN32)
 #include <io.h>
+#include <process.h>
 #else
 #include <unistd.h>
 #endif
@@ -32,6 +33,56 @@ void redirect_stdout_to_stderr()
 #else
     dup2(fileno(stderr), fileno(stdout));
 #endif
+}
+
+} // namespace ordwel_test
+
+#include <atomic>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+namespace ordwel_test {
+
+namespace {
+
+std::atomic<unsigned> g_temp_counter{0};
+
+unsigned process_number()
+{
+#if defined(_WIN32)
+    return static_cast<unsigned>(_getpid());
+#else
+    return static_cast<unsigned>(getpid());
+#endif
+}
+
+} // namespace
+
+temp_dir::temp_dir()
+{
+    std::filesystem::path const l_base = std::filesystem::temp_directory_path();
+    for (int l_try = 0; l_try < 100; ++l_try) {
+        std::filesystem::path const l_path =
+            l_base / ("ordwel_test_" + std::to_string(process_number()) + "_" + std::to_string(g_temp_counter++));
+        std::error_code l_error;
+        if (std::filesystem::create_directory(l_path, l_error)) {
+            m_path = l_path.u8string();
+            return;
+        }
+    }
+    throw std::runtime_error("no temporary directory could be made");
+}
+
+temp_dir::~temp_dir()
+{
+    std::error_code l_error;
+    std::filesystem::remove_all(std::filesystem::u8path(m_path), l_error);
+}
+
+std::string temp_dir::file(std::string const &a_name) const
+{
+    return (std::filesystem::u8path(m_path) / std::filesystem::u8path(a_name)).u8string();
 }
 
 } // namespace ordwel_test

@@ -17,6 +17,24 @@ std::string text_of(ordwel::buffer const &a_bytes);
 // dying process printed to its standard output.
 void redirect_stdout_to_stderr();
 
+// A fresh directory under the system's temporary directory, removed with all it holds at the end
+// of its scope.
+class temp_dir {
+public:
+    temp_dir();
+    ~temp_dir();
+    temp_dir(temp_dir const &) = delete;
+    temp_dir &operator=(temp_dir const &) = delete;
+
+    // The directory, as a UTF-8 path with the platform's separators.
+    std::string const &path() const { return m_path; }
+    // The path of a_name inside the directory.
+    std::string file(std::string const &a_name) const;
+
+private:
+    std::string m_path;
+};
+
 } // namespace ordwel_test
 
 #endif

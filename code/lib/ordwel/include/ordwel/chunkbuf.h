@@ -1,0 +1,44 @@
+#ifndef ORDWEL_CHUNKBUF_H
+#define ORDWEL_CHUNKBUF_H
+
+#include <ordwel/buffer.h>
+#include <ordwel/export.h>
+#include <ordwel/object.h>
+#include <ordwel/types.h>
+
+namespace ordwel {
+
+// A byte buffer with a shared life: a buffer that can be held through ptr_refcount. Its count
+// starts at 0, also in a copy, and assignment copies the bytes and leaves both counts alone.
+class ORDWEL_API chunkbuf : public object_refcount, public buffer {
+public:
+    // Empty, capacity 1024.
+    chunkbuf();
+    // Empty, with room for 2 × a_count bytes.
+    explicit chunkbuf(uint64 a_count);
+    chunkbuf(uint64 a_count, unsigned char a_fill);
+    chunkbuf(unsigned char const *a_first, unsigned char const *a_last);
+    explicit chunkbuf(buffer const &a_other);
+    chunkbuf(chunkbuf const &a_other);
+    ~chunkbuf() override;
+
+    chunkbuf &operator=(chunkbuf const &a_other);
+};
+
+// A chunkbuf that holds one frame; a type of its own so that interfaces can ask for frames.
+class ORDWEL_API framebuf : public chunkbuf {
+public:
+    framebuf();
+    explicit framebuf(uint64 a_count);
+    framebuf(uint64 a_count, unsigned char a_fill);
+    framebuf(unsigned char const *a_first, unsigned char const *a_last);
+    explicit framebuf(buffer const &a_other);
+    framebuf(framebuf const &a_other);
+    ~framebuf() override;
+
+    framebuf &operator=(framebuf const &a_other);
+};
+
+} // namespace ordwel
+
+#endif

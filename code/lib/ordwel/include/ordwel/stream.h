@@ -1,0 +1,182 @@
+#ifndef ORDWEL_STREAM_H
+#define ORDWEL_STREAM_H
+
+#include <memory>
+
+#include <ordwel/buffer.h>
+#include <ordwel/export.h>
+#include <ordwel/types.h>
+
+namespace ordwel {
+namespace stream {
+
+// The origin of a seek. buf and mem take every value but begin and current as end; the fixed
+// underlying type makes any int a valid value.
+enum whence : int { begin = 0, current = 1, end = 2 };
+
+// A sequential reader. read gives up to a_size bytes and moves on by as many; 0 means the end of
+// the data, and a smaller count than asked is no end of data.
+class ORDWEL_API rd {
+public:
+    rd() {}
+    rd(rd const &) {}
+    rd &operator=(rd const &) { return *this; }
+    virtual ~rd();
+
+    virtual uint64 read(void *a_destination, uint64 a_size) = 0;
+    // The position from the start of the stream.
+    virtual uint64 tell() = 0;
+};
+
+// A sequential writer. write writes all the bytes or raises; flush pushes out what is held back.
+class ORDWEL_API wr {
+public:
+    wr() {}
+    wr(wr const &) {}
+    wr &operator=(wr const &) { return *this; }
+    virtual ~wr();
+
+    virtual void write(void const *a_source, uint64 a_size) = 0;
+    virtual void flush() = 0;
+    virtual uint64 tell() = 0;
+};
+
+// A reader that can seek.
+class ORDWEL_API rda : public rd {
+public:
+    rda() {}
+    rda(rda const &a_other) : rd(a_other) {}
+    rda &operator=(rda const &) { return *this; }
+    ~rda() override;
+
+    uint64 read(void *a_destination, uint64 a_size) override = 0;
+    // seek(0, current).
+    uint64 tell() override;
+    // As read, leaving the position where it was: read, then seek back by the count.
+    virtual uint64 peek(void *a_destination, uint64 a_size);
+    // Moves the position; gives the new position from the start.
+    virtual uint64 seek(sint64 a_offset, whence a_whence) = 0;
+    // The position of the end, found by seeking there and back; the position stays.
+    virtual uint64 size();
+};
+
+// A writer that can seek.
+class ORDWEL_API wra : public wr {
+public:
+    wra() {}
+    wra(wra const &a_other) : wr(a_other) {}
+    wra &operator=(wra const &) { return *this; }
+    ~wra() override;
+
+    void write(void const *a_source, uint64 a_size) override = 0;
+    void flush() override = 0;
+    // seek(0, current).
+    uint64 tell() override;
+    virtual uint64 seek(sint64 a_offset, whence a_whence) = 0;
+    // The position of the end; seeks back only when the position was not already there.
+    virtual uint64 size();
+};
+
+// A stream that reads and writes and seeks. tell and size are those of rda for both faces; seek
+// stays pure in both bases, and one seek in a derived class implements both.
+class ORDWEL_API rwa : public rda, public wra {
+public:
+    rwa() {}
+    rwa(rwa const &a_other) : rda(a_other), wra(a_other) {}
+    rwa &operator=(rwa const &) { return *this; }
+    ~rwa() override;
+
+    using rda::seek;
+    uint64 tell() override;
+    uint64 size() override;
+};
+
+// A stream over a buffer that the caller keeps alive. Writing grows the buffer (through
+// buffer::resize, so its aggressive setting applies); one position serves reading and writing.
+class ORDWEL_API buf : public rwa {
+public:
+    explicit buf(buffer &a_buffer);
+    ~buf() override;
+
+    // Attaches another buffer; position 0.
+    void set(buffer &a_buffer);
+    // buffer::resize on the attached buffer; the position stays where it was.
+    void resize(uint64 a_size);
+
+    uint64 read(void *a_destination, uint64 a_size) override;
+    uint64 peek(void *a_destination, uint64 a_size) override;
+    uint64 tell() override;
+    // Raises es::range when the new position would be negative or beyond the buffer's size.
+    uint64 seek(sint64 a_offset, whence a_whence) override;
+    void write(void const *a_source, uint64 a_size) override;
+    void flush() override;
+
+private:
+    buffer *m_buffer;
+    uint64 m_pos;
+};
+
+// A stream over a fixed piece of memory that the caller keeps alive. A write that does not fit
+// raises es::range and writes nothing.
+class ORDWEL_API mem : public rwa {
+public:
+    mem(void *a_data, uint64 a_size);
+    ~mem() override;
+
+    // Attaches other memory; position 0.
+    void set(void *a_data, uint64 a_size);
+
+    uint64 read(void *a_destination, uint64 a_size) override;
+    uint64 peek(void *a_destination, uint64 a_size) override;
+    uint64 tell() override;
+    // Raises es::range when the new position would be negative or beyond the size.
+    uint64 seek(sint64 a_offset, whence a_whence) override;
+    void write(void const *a_source, uint64 a_size) override;
+    void flush() override;
+
+private:
+    uint64 m_size;
+    unsigned char *m_data;
+    uint64 m_pos;
+};
+
+// A reader that reads the readers added to it one after the other, each to its end, as one
+// stream. It does not own them.
+class ORDWEL_API multird : public rd {
+public:
+    multird();
+    multird(multird const &) = delete;
+    multird &operator=(multird const &) = delete;
+    ~multird() override;
+
+    // Puts a reader at the end of the chain.
+    void add(rd &a_reader);
+    // Empties the chain and sets the position back to 0; the readers are not touched.
+    void clear();
+
+    uint64 read(void *a_destination, uint64 a_size) override;
+    // The bytes handed out since construction or the last clear.
+    uint64 tell() override;
+
+private:
+    uint64 m_capacity;
+    std::unique_ptr<rd *[]> m_list;
+    uint64 m_count;
+    uint64 m_current;
+    uint64 m_position;
+};
+
+// Resizes a_buffer to a_size, does one read into it and cuts it to the count read.
+ORDWEL_API void read(rd &a_stream, buffer &a_buffer, uint64 a_size);
+// Reads into a_destination until at least a_required bytes are in, never more than a_size, and
+// gives the count. Raises es::uflow when the stream ends first (even for a_required 0 on a stream
+// that has ended); what was read so far stays in the destination.
+ORDWEL_API uint64 read(rd &a_stream, void *a_destination, uint64 a_size, uint64 a_required);
+// One write of the first a_size bytes of a_buffer. Raises es::range when a_size is beyond the
+// buffer's size.
+ORDWEL_API void write(wr &a_stream, buffer const &a_buffer, uint64 a_size);
+
+} // namespace stream
+} // namespace ordwel
+
+#endif

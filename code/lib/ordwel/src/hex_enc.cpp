@@ -1,0 +1,89 @@
+#include <ordwel/codecs.h>
+
+#include <cstddef>
+#include <cstring>
+
+namespace ordwel {
+
+namespace {
+
+// Every byte as its two lowercase digits, high digit first.
+struct pair_table {
+    char m_pairs[256][2];
+};
+
+constexpr pair_table pair_table_new()
+{
+    constexpr char l_digits[] = "0123456789abcdef";
+    pair_table l_table{};
+    for (unsigned l_byte = 0; l_byte < 256; ++l_byte) {
+        l_table.m_pairs[l_byte][0] = l_digits[l_byte >> 4];
+        l_table.m_pairs[l_byte][1] = l_digits[l_byte & 15];
+    }
+    return l_table;
+}
+
+constexpr pair_table k_table = pair_table_new();
+
+void encode_into(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    for (std::size_t l_index = 0; l_index < a_size; ++l_index) {
+        std::memcpy(a_out + 2 * l_index, k_table.m_pairs[a_bytes[l_index]], 2);
+    }
+}
+
+} // namespace
+
+buffer buffer_encode_hex(unsigned char const *a_bytes, uint64 a_size)
+{
+    buffer l_result;
+    if (a_bytes == nullptr || a_size == 0) {
+        return l_result;
+    }
+    l_result.resize(2 * a_size);
+    encode_into(reinterpret_cast<char *>(l_result.begin()), a_bytes, static_cast<std::size_t>(a_size));
+    return l_result;
+}
+
+buffer buffer_encode_hex(char const *a_text, uint64 a_size)
+{
+    return buffer_encode_hex(reinterpret_cast<unsigned char const *>(a_text), a_size);
+}
+
+buffer buffer_encode_hex(buffer const &a_bytes)
+{
+    return buffer_encode_hex(a_bytes.begin(), a_bytes.size());
+}
+
+buffer buffer_encode_hex(std::string const &a_text)
+{
+    return buffer_encode_hex(a_text.data(), a_text.size());
+}
+
+std::string string_encode_hex(unsigned char const *a_bytes, uint64 a_size)
+{
+    std::string l_result;
+    if (a_bytes == nullptr || a_size == 0) {
+        return l_result;
+    }
+    l_result.resize(static_cast<std::size_t>(2 * a_size));
+    encode_into(&l_result[0], a_bytes, static_cast<std::size_t>(a_size));
+    return l_result;
+}
+
+std::string string_encode_hex(char const *a_text, uint64 a_size)
+{
+    return string_encode_hex(reinterpret_cast<unsigned char const *>(a_text), a_size);
+}
+
+std::string string_encode_hex(buffer const &a_bytes)
+{
+    return string_encode_hex(a_bytes.begin(), a_bytes.size());
+}
+
+std::string string_encode_hex(std::string const &a_text)
+{
+    return string_encode_hex(a_text.data(), a_text.size());
+}
+
+} // namespace ordwel

@@ -1,0 +1,255 @@
+#include "platform/file.h"
+
+#include <cerrno>
+#include <climits>
+#include <string>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+// The file calls on POSIX descriptors. Windows' access rights and dispositions map onto open()
+// flags; sharing has no POSIX counterpart and is not enforced.
+namespace ordwel {
+namespace platform {
+
+namespace {
+
+int open_flags(uint32 a_access, uint32 a_disposition)
+{
+    bool const l_read = (a_access & k_generic_read) != 0;
+    bool const l_write = (a_access & (k_generic_write | k_file_write_data)) != 0;
+    int l_flags = O_CLOEXEC;
+    if (l_read && l_write) {
+        l_flags |= O_RDWR;
+    } else if (l_write) {
+        l_flags |= O_WRONLY;
+    } else if (l_read || a_disposition != k_open_existing) {
+        l_flags |= O_RDONLY;
+    } else {
+        // No access rights: the file can be named and examined, not read or written.
+#if defined(O_PATH)
+        l_flags |= O_PATH;
+#else
+        l_flags |= O_RDONLY;
+#endif
+    }
+    switch (a_disposition) {
+    case k_create_new:
+        l_flags |= O_CREAT | O_EXCL;
+        break;
+    case k_create_always:
+        l_flags |= O_CREAT | O_TRUNC;
+        break;
+    case k_truncate_existing:
+        l_flags |= O_TRUNC;
+        break;
+    default:
+        break;
+    }
+    return l_flags;
+}
+
+// Handle 0 is a closed file's, as a null handle is on Windows: descriptor 0 (standard input) is
+// never reached through it, and file_open never hands it out.
+bool valid_handle(sint64 a_handle)
+{
+    return a_handle > 0 && a_handle <= INT_MAX;
+}
+
+// The number of a "no such entry" look-up by name.
+constexpr int k_no_id = -1;
+
+template <class Entry, class Lookup, class Field> bool lookup_entry(Lookup a_lookup, Field a_field)
+{
+    long const l_hint = sysconf(_SC_GETPW_R_SIZE_MAX);
+    std::size_t l_size = l_hint > 0 ? static_cast<std::size_t>(l_hint) : 1024;
+    for (int l_try = 0; l_try < 8; ++l_try, l_size *= 4) {
+        std::string l_storage(l_size, '\0');
+        Entry l_entry{};
+        Entry *l_result = nullptr;
+        int const l_error = a_lookup(&l_entry, &l_storage[0], l_size, &l_result);
+        if (l_error == ERANGE) {
+            continue;
+        }
+        if (l_error != 0 || l_result == nullptr) {
+            return false;
+        }
+        a_field(*l_result);
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+sint64 file_open(std::string const &a_path, uint32 a_access, uint32, uint32 a_disposition, unsigned a_mode)
+{
+    int l_descriptor = -1;
+    do {
+        l_descriptor = ::open(a_path.c_str(), open_flags(a_access, a_disposition), static_cast<mode_t>(a_mode));
+    } while (l_descriptor == -1 && errno == EINTR);
+    if (l_descriptor == 0) {
+        // Descriptor 0 would read as "closed": move the file to another number.
+        int const l_moved = fcntl(0, F_DUPFD_CLOEXEC, 1);
+        int const l_error = errno;
+        ::close(0);
+        if (l_moved == -1) {
+            errno = l_error;
+            return -1;
+        }
+        l_descriptor = l_moved;
+    }
+    return l_descriptor;
+}
+
+bool file_close(sint64 a_handle)
+{
+    if (!valid_handle(a_handle)) {
+        errno = EBADF;
+        return false;
+    }
+    // Linux releases the descriptor even when close is interrupted, so EINTR counts as done.
+    return ::close(static_cast<int>(a_handle)) == 0 || errno == EINTR;
+}
+
+bool file_read(sint64 a_handle, void *a_data, uint32 a_size, uint32 &a_done)
+{
+    if (!valid_handle(a_handle)) {
+        errno = EBADF;
+        return false;
+    }
+    ssize_t l_count = -1;
+    do {
+        l_count = ::read(static_cast<int>(a_handle), a_data, a_size);
+    } while (l_count == -1 && errno == EINTR);
+    if (l_count < 0) {
+        return false;
+    }
+    a_done = static_cast<uint32>(l_count);
+    return true;
+}
+
+bool file_write(sint64 a_handle, void const *a_data, uint32 a_size, uint32 &a_done)
+{
+    if (!valid_handle(a_handle)) {
+        errno = EBADF;
+        return false;
+    }
+    ssize_t l_count = -1;
+    do {
+        l_count = ::write(static_cast<int>(a_handle), a_data, a_size);
+    } while (l_count == -1 && errno == EINTR);
+    if (l_count < 0) {
+        return false;
+    }
+    a_done = static_cast<uint32>(l_count);
+    return true;
+}
+
+bool file_seek(sint64 a_handle, sint64 a_offset, int a_whence, uint64 &a_position)
+{
+    if (!valid_handle(a_handle)) {
+        errno = EBADF;
+        return false;
+    }
+    static int const k_whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    off_t const l_position = ::lseek(static_cast<int>(a_handle), static_cast<off_t>(a_offset), k_whence[a_whence]);
+    if (l_position == static_cast<off_t>(-1)) {
+        return false;
+    }
+    a_position = static_cast<uint64>(l_position);
+    return true;
+}
+
+bool file_size(sint64 a_handle, uint64 &a_size)
+{
+    if (!valid_handle(a_handle)) {
+        errno = EBADF;
+        return false;
+    }
+    struct stat l_info {};
+    if (::fstat(static_cast<int>(a_handle), &l_info) != 0) {
+        return false;
+    }
+    a_size = static_cast<uint64>(l_info.st_size);
+    return true;
+}
+
+uint32 file_attributes(std::string const &a_path)
+{
+    struct stat l_info {};
+    if (a_path.empty() || ::stat(a_path.c_str(), &l_info) != 0) {
+        return k_invalid_attributes;
+    }
+    uint32 l_attributes = 0;
+    std::string::size_type const l_slash = a_path.find_last_of('/', a_path.size() - 1);
+    std::string::size_type const l_name = l_slash == std::string::npos ? 0 : l_slash + 1;
+    if (l_name < a_path.size() && a_path[l_name] == '.') {
+        l_attributes |= k_attribute_hidden;
+    }
+    if (S_ISDIR(l_info.st_mode)) {
+        l_attributes |= k_attribute_directory;
+    } else if (!S_ISREG(l_info.st_mode)) {
+        l_attributes |= k_attribute_system;
+    }
+    return l_attributes == 0 ? k_attribute_normal : l_attributes;
+}
+
+int file_unlink(char const *a_path)
+{
+    return ::unlink(a_path);
+}
+
+std::string user_name_with_id(int a_uid)
+{
+    std::string l_name;
+    lookup_entry<struct passwd>(
+        [a_uid](struct passwd *a_entry, char *a_storage, std::size_t a_size, struct passwd **a_result) {
+            return getpwuid_r(static_cast<uid_t>(a_uid), a_entry, a_storage, a_size, a_result);
+        },
+        [&l_name](struct passwd const &a_entry) { l_name = a_entry.pw_name != nullptr ? a_entry.pw_name : ""; });
+    return l_name;
+}
+
+std::string group_name_with_id(int a_gid)
+{
+    std::string l_name;
+    lookup_entry<struct group>(
+        [a_gid](struct group *a_entry, char *a_storage, std::size_t a_size, struct group **a_result) {
+            return getgrgid_r(static_cast<gid_t>(a_gid), a_entry, a_storage, a_size, a_result);
+        },
+        [&l_name](struct group const &a_entry) { l_name = a_entry.gr_name != nullptr ? a_entry.gr_name : ""; });
+    return l_name;
+}
+
+int user_id_with_name(char const *a_name)
+{
+    int l_id = k_no_id;
+    if (a_name != nullptr) {
+        lookup_entry<struct passwd>(
+            [a_name](struct passwd *a_entry, char *a_storage, std::size_t a_size, struct passwd **a_result) {
+                return getpwnam_r(a_name, a_entry, a_storage, a_size, a_result);
+            },
+            [&l_id](struct passwd const &a_entry) { l_id = static_cast<int>(a_entry.pw_uid); });
+    }
+    return l_id;
+}
+
+int group_id_with_name(char const *a_name)
+{
+    int l_id = k_no_id;
+    if (a_name != nullptr) {
+        lookup_entry<struct group>(
+            [a_name](struct group *a_entry, char *a_storage, std::size_t a_size, struct group **a_result) {
+                return getgrnam_r(a_name, a_entry, a_storage, a_size, a_result);
+            },
+            [&l_id](struct group const &a_entry) { l_id = static_cast<int>(a_entry.gr_gid); });
+    }
+    return l_id;
+}
+
+} // namespace platform
+} // namespace ordwel

@@ -1,0 +1,73 @@
+#include <ordwel/stream.h>
+
+#include <cstring>
+
+#include <ordwel/es.h>
+
+#include "stream_seek.h"
+
+namespace ordwel {
+namespace stream {
+
+mem::mem(void *a_data, uint64 a_size) : m_size(a_size), m_data(static_cast<unsigned char *>(a_data)), m_pos(0)
+{
+}
+
+mem::~mem() = default;
+
+void mem::set(void *a_data, uint64 a_size)
+{
+    m_size = a_size;
+    m_data = static_cast<unsigned char *>(a_data);
+    m_pos = 0;
+}
+
+uint64 mem::peek(void *a_destination, uint64 a_size)
+{
+    uint64 const l_left = m_size - m_pos;
+    uint64 const l_count = a_size < l_left ? a_size : l_left;
+    if (l_count != 0) {
+        std::memcpy(a_destination, m_data + m_pos, static_cast<std::size_t>(l_count));
+    }
+    return l_count;
+}
+
+uint64 mem::read(void *a_destination, uint64 a_size)
+{
+    uint64 const l_count = mem::peek(a_destination, a_size);
+    m_pos += l_count;
+    return l_count;
+}
+
+uint64 mem::tell()
+{
+    return m_pos;
+}
+
+uint64 mem::seek(sint64 a_offset, whence a_whence)
+{
+    uint64 l_target = 0;
+    if (!seek_target(m_pos, m_size, a_offset, a_whence, l_target)) {
+        es::range::raise(ORDWEL_HERE, nullptr);
+    }
+    m_pos = l_target;
+    return m_pos;
+}
+
+void mem::write(void const *a_source, uint64 a_size)
+{
+    if (a_size > m_size - m_pos) {
+        es::range::raise(ORDWEL_HERE, nullptr);
+    }
+    if (a_size != 0) {
+        std::memmove(m_data + m_pos, a_source, static_cast<std::size_t>(a_size));
+    }
+    m_pos += a_size;
+}
+
+void mem::flush()
+{
+}
+
+} // namespace stream
+} // namespace ordwel

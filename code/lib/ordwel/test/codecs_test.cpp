@@ -1,0 +1,291 @@
+#include <ordwel/codecs.h>
+
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <ordwel/es.h>
+
+#include "support/test_support.h"
+
+namespace {
+
+using namespace ordwel;
+using ordwel_test::buffer_of;
+using ordwel_test::text_of;
+
+unsigned char const *bytes_of(std::string const &a_text)
+{
+    return reinterpret_cast<unsigned char const *>(a_text.data());
+}
+
+// Runs a_call and expects es::arg with the null message, raised in a_file.
+void expect_null_arg(std::function<void()> const &a_call, char const *a_file, std::string const &a_what)
+{
+    try {
+        a_call();
+        ADD_FAILURE() << a_what << ": no exception";
+    } catch (es::arg const &l_error) {
+        EXPECT_STREQ(l_error.what(), "n/a") << a_what;
+        EXPECT_STREQ(l_error.file(), a_file) << a_what;
+    }
+}
+
+std::string random_bytes(std::mt19937 &a_random, std::size_t a_size)
+{
+    std::string l_bytes(a_size, '\0');
+    for (char &l_byte : l_bytes) {
+        l_byte = static_cast<char>(a_random() & 0xff);
+    }
+    return l_bytes;
+}
+
+// RFC 4648, section 10.
+struct base64_vector {
+    char const *plain;
+    char const *coded;
+};
+base64_vector const k_rfc4648[] = {
+    {"", ""},
+    {"f", "Zg=="},
+    {"fo", "Zm8="},
+    {"foo", "Zm9v"},
+    {"foob", "Zm9vYg=="},
+    {"fooba", "Zm9vYmE="},
+    {"foobar", "Zm9vYmFy"},
+};
+
+TEST(base64, rfc4648_vectors_both_ways_in_both_result_types)
+{
+    for (base64_vector const &l_vector : k_rfc4648) {
+        std::string const l_plain = l_vector.plain;
+        std::string const l_coded = l_vector.coded;
+        EXPECT_EQ(string_encode_base64(bytes_of(l_plain), l_plain.size()), l_coded) << l_plain;
+        EXPECT_EQ(text_of(buffer_encode_base64(bytes_of(l_plain), l_plain.size())), l_coded) << l_plain;
+        EXPECT_EQ(string_decode_base64(bytes_of(l_coded), l_coded.size()), l_plain) << l_coded;
+        EXPECT_EQ(text_of(buffer_decode_base64(bytes_of(l_coded), l_coded.size())), l_plain) << l_coded;
+    }
+}
+
+// Every bit of every position reaches the right character: each byte value in each of the three
+// places of a group, against the characters computed by hand from the 24 bits.
+TEST(base64, every_byte_value_in_every_group_position)
+{
+    char const *const l_alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (unsigned l_position = 0; l_position < 3; ++l_position) {
+        for (unsigned l_value = 0; l_value < 256; ++l_value) {
+            unsigned char l_group[3] = {0x5a, 0xc3, 0x0f};
+            l_group[l_position] = static_cast<unsigned char>(l_value);
+            unsigned long const l_bits = (unsigned long)l_group[0] << 16 | (unsigned long)l_group[1] << 8 | l_group[2];
+            std::string l_expected;
+            for (int l_shift = 18; l_shift >= 0; l_shift -= 6) {
+                l_expected += l_alphabet[(l_bits >> l_shift) & 63];
+            }
+            ASSERT_EQ(string_encode_base64(l_group, 3), l_expected) << l_position << " " << l_value;
+            std::string const l_decoded = string_decode_base64(bytes_of(l_expected), 4);
+            ASSERT_EQ(l_decoded, std::string(reinterpret_cast<char *>(l_group), 3));
+        }
+    }
+}
+
+TEST(base64, round_trip_of_every_length_and_tail)
+{
+    std::mt19937 l_random(4648);
+    std::vector<std::size_t> l_sizes;
+    for (std::size_t l_size = 0; l_size <= 70; ++l_size) {
+        l_sizes.push_back(l_size);
+    }
+    l_sizes.insert(l_sizes.end(), {1023, 1024, 1025, 4095, 65536 + 1});
+    for (std::size_t const l_size : l_sizes) {
+        std::string const l_plain = random_bytes(l_random, l_size);
+        std::string const l_coded = string_encode_base64(bytes_of(l_plain), l_plain.size());
+        ASSERT_EQ(l_coded.size(), (l_size + 2) / 3 * 4);
+        std::size_t const l_padding = (3 - l_size % 3) % 3;
+        ASSERT_EQ(l_coded.find('='), l_padding == 0 ? std::string::npos : l_coded.size() - l_padding) << l_size;
+        ASSERT_EQ(text_of(buffer_encode_base64(bytes_of(l_plain), l_plain.size())), l_coded);
+        ASSERT_EQ(string_decode_base64(bytes_of(l_coded), l_coded.size()), l_plain) << l_size;
+        ASSERT_EQ(text_of(buffer_decode_base64(bytes_of(l_coded), l_coded.size())), l_plain) << l_size;
+    }
+}
+
+TEST(base64, decoding_a_length_that_is_no_multiple_of_four_raises)
+{
+    for (std::string const l_text : {"A", "AB", "ABC", "ABCDE", "Zm9vYg=", "Zm9vYg===", "Zm9vYmFy\n"}) {
+        expect_null_arg([&] { string_decode_base64(bytes_of(l_text), l_text.size()); }, "base64_dec.cpp", l_text);
+        expect_null_arg([&] { buffer_decode_base64(bytes_of(l_text), l_text.size()); }, "base64_dec.cpp", l_text);
+    }
+}
+
+// Foreign characters are not reported: the number of them in a group gives its byte count (two:
+// one byte, one: two bytes, none, three or four: three bytes), and the bytes come from the value
+// 255 as the bit arithmetic takes it.
+TEST(base64, foreign_characters_decode_by_their_count_in_the_group)
+{
+    struct row {
+        std::string text;
+        std::vector<unsigned> bytes;
+    } const l_rows[] = {
+        {"QQ==", {0x41}},
+        {"QUI=", {0x41, 0x42}},
+        {"====", {0xff, 0xff, 0xff}},
+        {"Q===", {0x43, 0xff, 0xff}},
+        {"=QQQ", {0xfd, 0x04}},
+        {"QQ==QUI=", {0x41, 0x41, 0x42}}, // padding in the middle is taken as it comes
+        {"Q\nQ=", {0x43}},                // a line break is one more foreign character
+        {"QU\r\n", {0x41}},
+        {"Q Q=", {0x43}},
+        {"-_-_", {0xff, 0xff, 0xff}}, // the URL-safe alphabet is foreign
+        {"QU-I", {0x41, 0x4f}},
+        {std::string("QU\0I", 4), {0x41, 0x4f}},
+        {"QU\xc3\xa9", {0x41}},
+        {"Zm9v====", {'f', 'o', 'o', 0xff, 0xff, 0xff}},
+    };
+    for (row const &l_row : l_rows) {
+        std::string l_expected;
+        for (unsigned const l_byte : l_row.bytes) {
+            l_expected += static_cast<char>(l_byte);
+        }
+        EXPECT_EQ(string_decode_base64(bytes_of(l_row.text), l_row.text.size()), l_expected) << l_row.text;
+        EXPECT_EQ(text_of(buffer_decode_base64(bytes_of(l_row.text), l_row.text.size())), l_expected) << l_row.text;
+    }
+}
+
+TEST(base64, every_foreign_byte_counts_as_foreign)
+{
+    std::string const l_alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (unsigned l_value = 0; l_value < 256; ++l_value) {
+        if (l_alphabet.find(static_cast<char>(l_value)) != std::string::npos) {
+            continue;
+        }
+        std::string const l_text = std::string("QU") + static_cast<char>(l_value) + "=";
+        ASSERT_EQ(string_decode_base64(bytes_of(l_text), 4).size(), 1u) << l_value;
+    }
+}
+
+TEST(codecs, null_pointer_or_empty_input_gives_an_empty_result_without_a_check)
+{
+    unsigned char const *const l_bytes = nullptr;
+    char const *const l_text = nullptr;
+    EXPECT_TRUE(buffer_encode_base64(l_bytes, 5).empty());
+    EXPECT_TRUE(string_encode_base64(l_bytes, 5).empty());
+    EXPECT_TRUE(buffer_decode_base64(l_bytes, 5).empty()) << "the length check comes after the null test";
+    EXPECT_TRUE(string_decode_base64(l_bytes, 5).empty());
+    EXPECT_TRUE(buffer_encode_hex(l_bytes, 5).empty());
+    EXPECT_TRUE(string_encode_hex(l_bytes, 5).empty());
+    EXPECT_TRUE(buffer_decode_hex(l_bytes, 5).empty());
+    EXPECT_TRUE(string_decode_hex(l_bytes, 5).empty());
+    EXPECT_TRUE(buffer_encode_hex(l_text, 5).empty());
+    EXPECT_TRUE(string_encode_hex(l_text, 5).empty());
+    EXPECT_TRUE(buffer_decode_hex(l_text, 5).empty());
+    EXPECT_TRUE(string_decode_hex(l_text, 5).empty());
+
+    unsigned char const l_some[] = {'Q', 'Q', '=', '='};
+    EXPECT_TRUE(string_decode_base64(l_some, 0).empty());
+    EXPECT_TRUE(string_decode_hex(l_some, 0).empty());
+    EXPECT_TRUE(string_decode_hex(std::string()).empty());
+    EXPECT_TRUE(buffer_decode_hex(buffer()).empty());
+}
+
+TEST(codecs, buffer_results_start_from_a_default_buffer)
+{
+    unsigned char const l_bytes[] = {1, 2, 3};
+    EXPECT_GE(buffer_encode_base64(l_bytes, 3).capacity(), 1024u);
+    EXPECT_GE(buffer_decode_base64(bytes_of("AQID"), 4).capacity(), 1024u);
+    EXPECT_GE(buffer_encode_hex(l_bytes, 3).capacity(), 1024u);
+    EXPECT_GE(buffer_decode_hex("0102", 4).capacity(), 1024u);
+    EXPECT_GE(buffer_encode_hex(static_cast<char const *>(nullptr), 0).capacity(), 1024u);
+}
+
+TEST(hex, encodes_every_byte_as_two_lowercase_digits)
+{
+    unsigned char const l_bytes[] = {0x00, 0xff, 0xab};
+    EXPECT_EQ(string_encode_hex(l_bytes, 3), "00ffab");
+    std::string l_all;
+    std::string l_expected;
+    for (unsigned l_value = 0; l_value < 256; ++l_value) {
+        l_all += static_cast<char>(l_value);
+        char l_digits[3];
+        std::snprintf(l_digits, sizeof l_digits, "%02x", l_value);
+        l_expected += l_digits;
+    }
+    EXPECT_EQ(string_encode_hex(l_all), l_expected);
+    EXPECT_EQ(text_of(buffer_encode_hex(l_all)), l_expected);
+    EXPECT_EQ(string_encode_hex(buffer_of(l_all)), l_expected);
+    EXPECT_EQ(text_of(buffer_encode_hex(buffer_of(l_all))), l_expected);
+    EXPECT_EQ(string_encode_hex(l_all.data(), l_all.size()), l_expected);
+    EXPECT_EQ(text_of(buffer_encode_hex(l_all.data(), l_all.size())), l_expected);
+
+    EXPECT_EQ(string_decode_hex(l_expected), l_all);
+    EXPECT_EQ(text_of(buffer_decode_hex(l_expected)), l_all);
+    EXPECT_EQ(string_decode_hex(buffer_of(l_expected)), l_all);
+    EXPECT_EQ(text_of(buffer_decode_hex(buffer_of(l_expected))), l_all);
+    EXPECT_EQ(string_decode_hex(l_expected.data(), l_expected.size()), l_all);
+    EXPECT_EQ(text_of(buffer_decode_hex(bytes_of(l_expected), l_expected.size())), l_all);
+}
+
+TEST(hex, decoding_takes_both_cases)
+{
+    EXPECT_EQ(string_decode_hex("ABab"), "\xab\xab");
+    for (unsigned l_value = 0; l_value < 256; ++l_value) {
+        char l_lower[3];
+        char l_upper[3];
+        std::snprintf(l_lower, sizeof l_lower, "%02x", l_value);
+        std::snprintf(l_upper, sizeof l_upper, "%02X", l_value);
+        std::string const l_expected(1, static_cast<char>(l_value));
+        ASSERT_EQ(string_decode_hex(l_lower, 2), l_expected);
+        ASSERT_EQ(string_decode_hex(l_upper, 2), l_expected);
+        std::string const l_mixed = {l_upper[0], l_lower[1]};
+        ASSERT_EQ(string_decode_hex(l_mixed), l_expected);
+    }
+}
+
+// A foreign character sets every bit of its digit.
+TEST(hex, foreign_characters_set_all_their_bits)
+{
+    struct row {
+        std::string text;
+        std::string bytes;
+    } const l_rows[] = {
+        {"gg", "\xff"}, {"g0", "\xf0"}, {"0g", "\xff"},        {"G1", "\xf1"}, {"1 ", "\xff"},
+        {" 1", "\xf1"}, {"x7", "\xf7"}, {"0x7f", "\xff\x7f"},  {"-1", "\xf1"}, {"a:", "\xff"},
+        {"@A", "\xfa"}, {"`a", "\xfa"}, {"Ff\nF", "\xff\xff"},
+    };
+    for (row const &l_row : l_rows) {
+        EXPECT_EQ(string_decode_hex(l_row.text), l_row.bytes) << l_row.text;
+        EXPECT_EQ(text_of(buffer_decode_hex(l_row.text)), l_row.bytes) << l_row.text;
+    }
+    std::string const l_digits = "0123456789abcdefABCDEF";
+    for (unsigned l_value = 0; l_value < 256; ++l_value) {
+        if (l_digits.find(static_cast<char>(l_value)) != std::string::npos) {
+            continue;
+        }
+        std::string const l_high = {static_cast<char>(l_value), '5'};
+        std::string const l_low = {'5', static_cast<char>(l_value)};
+        ASSERT_EQ(string_decode_hex(l_high), "\xf5") << l_value;
+        ASSERT_EQ(string_decode_hex(l_low), "\xff") << l_value;
+    }
+}
+
+TEST(hex, decoding_an_odd_length_raises)
+{
+    for (std::string const &l_text : std::vector<std::string>{"0", "abc", "00ffa", std::string("\0\0\0", 3)}) {
+        expect_null_arg([&] { string_decode_hex(l_text); }, "hex_dec.cpp", l_text);
+        expect_null_arg([&] { buffer_decode_hex(l_text); }, "hex_dec.cpp", l_text);
+        expect_null_arg([&] { string_decode_hex(buffer_of(l_text)); }, "hex_dec.cpp", l_text);
+        expect_null_arg([&] { buffer_decode_hex(bytes_of(l_text), l_text.size()); }, "hex_dec.cpp", l_text);
+    }
+}
+
+TEST(hex, decoded_strings_keep_zero_bytes)
+{
+    std::string const l_decoded = string_decode_hex("006100");
+    EXPECT_EQ(l_decoded.size(), 3u);
+    EXPECT_EQ(l_decoded, std::string("\0a\0", 3));
+}
+
+} // namespace
