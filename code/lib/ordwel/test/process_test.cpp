@@ -426,8 +426,28 @@ TEST(process, capture_without_status_object_drains_and_drops)
     EXPECT_EQ(l_child.get_status(), 2);
 }
 
-#if !defined(_WIN32)
-// Whether a process is gone or a zombie nobody has reaped yet.
+// Whether a process is gone (or a zombie nobody has reaped yet), and a way to end it.
+#if defined(_WIN32)
+bool is_dead(long a_pid)
+{
+    HANDLE const l_process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(a_pid));
+    if (l_process == nullptr) {
+        return true;
+    }
+    bool const l_dead = WaitForSingleObject(l_process, 0) == WAIT_OBJECT_0;
+    CloseHandle(l_process);
+    return l_dead;
+}
+
+void kill_process(long a_pid)
+{
+    HANDLE const l_process = OpenProcess(PROCESS_TERMINATE, FALSE, static_cast<DWORD>(a_pid));
+    if (l_process != nullptr) {
+        TerminateProcess(l_process, 1);
+        CloseHandle(l_process);
+    }
+}
+#else
 bool is_dead(long a_pid)
 {
     std::ifstream l_stat("/proc/" + std::to_string(a_pid) + "/stat");
@@ -438,6 +458,12 @@ bool is_dead(long a_pid)
     std::size_t const l_close = l_text.rfind(')');
     return l_close != std::string::npos && l_text.compare(l_close + 2, 1, "Z") == 0;
 }
+
+void kill_process(long a_pid)
+{
+    kill(static_cast<pid_t>(a_pid), SIGKILL);
+}
+#endif
 
 TEST(process, terminate_process_tree_reaches_children_but_not_grandchildren)
 {
@@ -456,8 +482,7 @@ TEST(process, terminate_process_tree_reaches_children_but_not_grandchildren)
     }
     EXPECT_TRUE(is_dead(l_first));
     EXPECT_FALSE(is_dead(l_second));
-    kill(static_cast<pid_t>(l_second), SIGKILL);
+    kill_process(l_second);
 }
-#endif
 
 } // namespace
