@@ -9,6 +9,17 @@ namespace ordwel {
 
 namespace {
 
+// Raises es::file for a failed platform call. The reason is read first, before anything else
+// can change the thread's last error.
+[[noreturn]] void raise_failure(uint32 a_line, char const *a_operation, std::string const *a_subject = nullptr)
+{
+    std::string const l_reason = env::get_last_os_error();
+    if (a_subject != nullptr) {
+        es::file::raise(source_basename(__FILE__), a_line, l_reason, a_operation, *a_subject);
+    }
+    es::file::raise(source_basename(__FILE__), a_line, l_reason, a_operation);
+}
+
 // The handle values of a file that was never opened (or failed to open) and of a closed one.
 constexpr sint64 k_unopened = -1;
 constexpr sint64 k_closed = 0;
@@ -68,7 +79,7 @@ void file::open(std::string const &a_path, unsigned a_flags, unsigned a_mode)
     }
     m_record->m_handle = platform::file_open(a_path, l_access, l_share, l_disposition, a_mode);
     if (m_record->m_handle == k_unopened) {
-        es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "open", a_path);
+        raise_failure(__LINE__, "open", &a_path);
     }
 }
 
@@ -76,7 +87,7 @@ void file::close()
 {
     if (m_record->m_handle != k_closed && m_record->m_handle != k_unopened) {
         if (!platform::file_close(m_record->m_handle)) {
-            es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "close");
+            raise_failure(__LINE__, "close");
         }
     }
     m_record->m_handle = k_closed;
@@ -101,7 +112,7 @@ uint64 file::read(void *a_data, uint64 a_size)
 {
     uint32 l_done = 0;
     if (!platform::file_read(m_record->m_handle, a_data, static_cast<uint32>(a_size), l_done)) {
-        es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "read");
+        raise_failure(__LINE__, "read");
     }
     return l_done;
 }
@@ -110,7 +121,7 @@ uint64 file::write(void const *a_data, uint64 a_size)
 {
     uint32 l_done = 0;
     if (!platform::file_write(m_record->m_handle, a_data, static_cast<uint32>(a_size), l_done)) {
-        es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "write");
+        raise_failure(__LINE__, "write");
     }
     return l_done;
 }
@@ -122,7 +133,7 @@ uint64 file::seek(uint64 a_offset, int a_whence)
     }
     uint64 l_position = 0;
     if (!platform::file_seek(m_record->m_handle, static_cast<sint64>(a_offset), a_whence, l_position)) {
-        es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "seek");
+        raise_failure(__LINE__, "seek");
     }
     return l_position;
 }
@@ -131,7 +142,7 @@ uint64 file::tell()
 {
     uint64 l_position = 0;
     if (!platform::file_seek(m_record->m_handle, 0, 1, l_position)) {
-        es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "tell");
+        raise_failure(__LINE__, "tell");
     }
     return l_position;
 }
@@ -140,7 +151,7 @@ uint64 file::size()
 {
     uint64 l_size = 0;
     if (!platform::file_size(m_record->m_handle, l_size)) {
-        es::file::raise(ORDWEL_HERE, env::get_last_os_error(), "size");
+        raise_failure(__LINE__, "size");
     }
     return l_size;
 }

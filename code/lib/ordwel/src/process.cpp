@@ -39,6 +39,7 @@ struct process::info {
     process::status *m_listener = nullptr;
 
     bool m_started = false;   // a monitor was started
+    bool m_ready = false;     // the constructor is done with the monitor's handle
     bool m_taken = false;     // the monitor holds its own reference
     bool m_cancelled = false; // the monitor is to end at its cancel point
     bool m_closed = false;    // terminate closed the child's handles
@@ -220,6 +221,11 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     l_info.m_started = true;
     m_monitor.start(*this);
     m_monitor.detach();
+    {
+        std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+        l_info.m_ready = true;
+    }
+    l_info.m_changed.notify_all();
 }
 
 process::~process()
@@ -399,7 +405,10 @@ void process::operator()()
 {
     std::shared_ptr<info> l_shared;
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        // A child may end before the constructor has even detached this thread; a finished call
+        // that destroys the object must find the constructor done with it.
+        std::unique_lock<std::mutex> l_lock(m_info->m_lock);
+        m_info->m_changed.wait(l_lock, [this] { return m_info->m_ready; });
         l_shared = m_info;
         l_shared->m_taken = true;
         l_shared->m_monitor_id = std::this_thread::get_id();

@@ -81,6 +81,7 @@ TEST(es, texts_are_owned_copies)
     std::string l_msg = "short-lived message";
     try {
         es::arg::raise(l_file.c_str(), 3, l_msg.c_str());
+        ADD_FAILURE() << "raise returned";
     } catch (es::arg const &l_error) {
         l_file.assign(l_file.size(), 'x');
         l_msg.assign(l_msg.size(), 'y');
@@ -115,6 +116,7 @@ TEST(es, file_composes_what_from_operation_subject_and_reason)
 {
     try {
         es::file::raise("f.cpp", 12, "denied", "open", "a.txt");
+        ADD_FAILURE() << "raise returned";
     } catch (es::file &l_error) {
         es::base const &l_base = l_error;
         EXPECT_STREQ(l_error.what(), "Failed to open file a.txt (denied)");
@@ -122,7 +124,6 @@ TEST(es, file_composes_what_from_operation_subject_and_reason)
         EXPECT_EQ(l_base.message(), "");
 
         l_error.set_subject_file("b.txt");
-        EXPECT_EQ(l_error.get_subject_file(), "b.txt");
         EXPECT_STREQ(l_error.what(), "Failed to open file b.txt (denied)");
         l_error.set_subject_file(l_error.get_subject_file());
         EXPECT_EQ(l_error.get_subject_file(), "b.txt");
@@ -142,6 +143,7 @@ TEST(es, api_code_keeps_code_and_message)
 {
     try {
         es::api_code::raise("a.cpp", 4, -3, std::string("custom failure"));
+        ADD_FAILURE() << "raise returned";
     } catch (es::api_code const &l_error) {
         EXPECT_EQ(l_error.code(), -3);
         EXPECT_STREQ(l_error.what(), "custom failure");
@@ -159,6 +161,7 @@ TEST(es, test_fail_what_is_fixed_and_message_kept)
     EXPECT_EQ(l_caught.line, 9u);
     try {
         test::fail::raise("t.cpp", 9, "expected 3");
+        ADD_FAILURE() << "raise returned";
     } catch (test::fail const &l_fail) {
         EXPECT_EQ(l_fail.message(), "expected 3");
     }

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -16,10 +17,9 @@ struct probe : f32 {
     static unsigned int call_gcd(unsigned int a_a, unsigned int a_b) { return gcd(a_a, a_b); }
 };
 
-void expect_fields(f32 const &a_value, unsigned int a_numer, unsigned int a_denom)
+std::string text_of(f32 const &a_value)
 {
-    EXPECT_EQ(a_value.numer(), a_numer);
-    EXPECT_EQ(a_value.denom(), a_denom);
+    return std::to_string(a_value.numer()) + "/" + std::to_string(a_value.denom());
 }
 
 TEST(fraction, layout_and_defaults)
@@ -28,19 +28,8 @@ TEST(fraction, layout_and_defaults)
     static_assert(sizeof(f64) == 2 * sizeof(unsigned long long), "two fields, no hidden state");
     static_assert(std::is_same<f32::float_type, float>::value, "float for 32 bits");
     static_assert(std::is_same<f64::float_type, double>::value, "double for 64 bits");
-    expect_fields(f32(), 0, 1);
-    EXPECT_EQ(f64().numer(), 0u);
-    EXPECT_EQ(f64().denom(), 1u);
-
-    f32 l_value(3, 4);
-    l_value.numer(5);
-    expect_fields(l_value, 5, 4);
-    l_value.denom(0);
-    expect_fields(l_value, 5, 0);
-    l_value.set(7, 8);
-    expect_fields(l_value, 7, 8);
-    l_value.set(f32(1, 2));
-    expect_fields(l_value, 1, 2);
+    EXPECT_TRUE(f32().eq(f32(0, 1))) << text_of(f32());
+    EXPECT_TRUE(f64().eq(f64(0, 1)));
 }
 
 TEST(fraction, conversions_of_45_over_25)
@@ -51,7 +40,7 @@ TEST(fraction, conversions_of_45_over_25)
     EXPECT_EQ(l_value.modulus(), 20u);
     EXPECT_FLOAT_EQ(l_value.as_float(), 1.8f);
     f32 const l_simple = l_value.simplified();
-    expect_fields(l_value, 45, 25);
+    EXPECT_TRUE(l_value.eq(f32(45, 25))) << "simplified leaves its object alone";
     EXPECT_TRUE(l_simple.eq(f32(9, 5)));
     EXPECT_TRUE(l_value.simplify().eq(f32(9, 5)));
     EXPECT_EQ(f32(5, 2).as_rounded_int(), 3u) << "an exact half goes up";
@@ -69,117 +58,67 @@ TEST(fraction, value_equality_against_representation_equality)
     EXPECT_TRUE(f32(6, 2).simplified().eq(3u));
 }
 
-// Each comparison operator against fractions and plain numbers: {left, right, ==, !=, <, <=, >, >=}.
+// Every comparison operator from the expected order of the two values: -1 below, 0 equal, 1 above.
+template <class R> void expect_order(f32 const &a_left, R const &a_right, int a_order)
+{
+    SCOPED_TRACE(text_of(a_left) + " against order " + std::to_string(a_order));
+    EXPECT_EQ(a_left == a_right, a_order == 0);
+    EXPECT_EQ(a_left != a_right, a_order != 0);
+    EXPECT_EQ(a_left < a_right, a_order < 0);
+    EXPECT_EQ(a_left <= a_right, a_order <= 0);
+    EXPECT_EQ(a_left > a_right, a_order > 0);
+    EXPECT_EQ(a_left >= a_right, a_order >= 0);
+}
+
 TEST(fraction, comparison_table)
 {
     struct row {
         f32 left, right;
-        bool eq, ne, lt, le, gt, ge;
+        int order;
     } const l_rows[] = {
-        {f32(1, 3), f32(1, 2), false, true, true, true, false, false},
-        {f32(2, 4), f32(1, 2), true, false, false, true, false, true},
-        {f32(3, 4), f32(2, 3), false, true, false, false, true, true},
-        {f32(0, 5), f32(0, 1), true, false, false, true, false, true},
+        {f32(1, 3), f32(1, 2), -1},
+        {f32(2, 4), f32(1, 2), 0},
+        {f32(3, 4), f32(2, 3), 1},
+        {f32(0, 5), f32(0, 1), 0},
         // Cross products wrap in 32 bits: 65536*65536 and 0*1 are both 0.
-        {f32(65536, 1), f32(0, 65536), true, false, false, true, false, true},
+        {f32(65536, 1), f32(0, 65536), 0},
     };
     for (row const &l_row : l_rows) {
-        EXPECT_EQ(l_row.left == l_row.right, l_row.eq);
-        EXPECT_EQ(l_row.left != l_row.right, l_row.ne);
-        EXPECT_EQ(l_row.left < l_row.right, l_row.lt);
-        EXPECT_EQ(l_row.left <= l_row.right, l_row.le);
-        EXPECT_EQ(l_row.left > l_row.right, l_row.gt);
-        EXPECT_EQ(l_row.left >= l_row.right, l_row.ge);
+        expect_order(l_row.left, l_row.right, l_row.order);
     }
     struct value_row {
         f32 left;
         unsigned int right;
-        bool eq, ne, lt, le, gt, ge;
-    } const l_values[] = {
-        {f32(6, 2), 3, true, false, false, true, false, true},
-        {f32(5, 2), 3, false, true, true, true, false, false},
-        {f32(7, 2), 3, false, true, false, false, true, true},
-        {f32(0, 0), 9, true, false, false, true, false, true},
-    };
+        int order;
+    } const l_values[] = {{f32(6, 2), 3, 0}, {f32(5, 2), 3, -1}, {f32(7, 2), 3, 1}, {f32(0, 0), 9, 0}};
     for (value_row const &l_row : l_values) {
-        EXPECT_EQ(l_row.left == l_row.right, l_row.eq);
-        EXPECT_EQ(l_row.left != l_row.right, l_row.ne);
-        EXPECT_EQ(l_row.left < l_row.right, l_row.lt);
-        EXPECT_EQ(l_row.left <= l_row.right, l_row.le);
-        EXPECT_EQ(l_row.left > l_row.right, l_row.gt);
-        EXPECT_EQ(l_row.left >= l_row.right, l_row.ge);
+        expect_order(l_row.left, l_row.right, l_row.order);
     }
 }
 
-enum op { op_mul, op_div, op_add, op_sub, op_mod };
+// The plain and compound forms of one operator, against a fraction and against a number.
+struct operation {
+    char const *name;
+    f32 (*plain)(f32 const &, f32 const &);
+    f32 &(*compound)(f32 &, f32 const &);
+    f32 (*plain_number)(f32 const &, unsigned int);
+    f32 &(*compound_number)(f32 &, unsigned int);
+};
 
-f32 apply(f32 const &a_left, op a_op, f32 const &a_right)
-{
-    switch (a_op) {
-    case op_mul:
-        return a_left * a_right;
-    case op_div:
-        return a_left / a_right;
-    case op_add:
-        return a_left + a_right;
-    case op_sub:
-        return a_left - a_right;
-    case op_mod:
-        return a_left % a_right;
+#define ORDWEL_FRACTION_OPERATION(a_op, a_compound_op)                                                                 \
+    operation                                                                                                          \
+    {                                                                                                                  \
+#a_op, [](f32 const &a_left, f32 const &a_right) { return f32(a_left a_op a_right); },                         \
+            [](f32 &a_left, f32 const &a_right) -> f32 & { return a_left a_compound_op a_right; },                     \
+            [](f32 const &a_left, unsigned int a_right) { return f32(a_left a_op a_right); },                          \
+            [](f32 &a_left, unsigned int a_right) -> f32 & { return a_left a_compound_op a_right; }       \
     }
-    return f32();
-}
-
-f32 &apply_compound(f32 &a_left, op a_op, f32 const &a_right)
-{
-    switch (a_op) {
-    case op_mul:
-        return a_left *= a_right;
-    case op_div:
-        return a_left /= a_right;
-    case op_add:
-        return a_left += a_right;
-    case op_sub:
-        return a_left -= a_right;
-    case op_mod:
-        return a_left %= a_right;
-    }
-    return a_left;
-}
-
-f32 apply(f32 const &a_left, op a_op, unsigned int a_right)
-{
-    switch (a_op) {
-    case op_mul:
-        return a_left * a_right;
-    case op_div:
-        return a_left / a_right;
-    case op_add:
-        return a_left + a_right;
-    case op_sub:
-        return a_left - a_right;
-    case op_mod:
-        return a_left % a_right;
-    }
-    return f32();
-}
-
-f32 &apply_compound(f32 &a_left, op a_op, unsigned int a_right)
-{
-    switch (a_op) {
-    case op_mul:
-        return a_left *= a_right;
-    case op_div:
-        return a_left /= a_right;
-    case op_add:
-        return a_left += a_right;
-    case op_sub:
-        return a_left -= a_right;
-    case op_mod:
-        return a_left %= a_right;
-    }
-    return a_left;
-}
+operation const k_mul = ORDWEL_FRACTION_OPERATION(*, *=);
+operation const k_div = ORDWEL_FRACTION_OPERATION(/, /=);
+operation const k_add = ORDWEL_FRACTION_OPERATION(+, +=);
+operation const k_sub = ORDWEL_FRACTION_OPERATION(-, -=);
+operation const k_mod = ORDWEL_FRACTION_OPERATION(%, %=);
+#undef ORDWEL_FRACTION_OPERATION
 
 // Results are exact field states: nothing is reduced, and the compound form matches the plain one.
 TEST(fraction, arithmetic_table_with_fractions)
@@ -187,37 +126,35 @@ TEST(fraction, arithmetic_table_with_fractions)
     unsigned int const k_max = std::numeric_limits<unsigned int>::max();
     struct row {
         f32 left;
-        op operation;
+        operation const *op;
         f32 right;
         f32 expected;
     } const l_rows[] = {
-        {f32(1, 2), op_add, f32(1, 3), f32(5, 6)},
-        {f32(1, 6), op_add, f32(1, 3), f32(3, 6)},
-        {f32(1, 2), op_add, f32(1, 2), f32(2, 2)},
-        {f32(3, 4), op_sub, f32(1, 4), f32(2, 4)},
-        {f32(1, 2), op_sub, f32(1, 3), f32(1, 6)},
+        {f32(1, 2), &k_add, f32(1, 3), f32(5, 6)},
+        {f32(1, 6), &k_add, f32(1, 3), f32(3, 6)},
+        {f32(1, 2), &k_add, f32(1, 2), f32(2, 2)},
+        {f32(3, 4), &k_sub, f32(1, 4), f32(2, 4)},
+        {f32(1, 2), &k_sub, f32(1, 3), f32(1, 6)},
         // Below zero wraps in 32 bits.
-        {f32(1, 3), op_sub, f32(1, 2), f32(k_max, 6)},
-        {f32(2, 3), op_mul, f32(4, 5), f32(8, 15)},
-        {f32(2, 4), op_mul, f32(2, 4), f32(4, 16)},
-        {f32(2, 3), op_div, f32(4, 5), f32(10, 12)},
-        {f32(7, 2), op_mod, f32(3, 2), f32(2, 6)},
-        {f32(5, 1), op_mod, f32(2, 1), f32(1, 2)},
+        {f32(1, 3), &k_sub, f32(1, 2), f32(k_max, 6)},
+        {f32(2, 3), &k_mul, f32(4, 5), f32(8, 15)},
+        {f32(2, 4), &k_mul, f32(2, 4), f32(4, 16)},
+        {f32(2, 3), &k_div, f32(4, 5), f32(10, 12)},
+        {f32(7, 2), &k_mod, f32(3, 2), f32(2, 6)},
+        {f32(5, 1), &k_mod, f32(2, 1), f32(1, 2)},
         // Products wrap: 65536 * 65536 is 0.
-        {f32(65536, 1), op_mul, f32(65536, 3), f32(0, 3)},
+        {f32(65536, 1), &k_mul, f32(65536, 3), f32(0, 3)},
         // A zero left denominator passes into the result.
-        {f32(3, 0), op_add, f32(1, 2), f32(3, 0)},
-        {f32(3, 0), op_sub, f32(1, 2), f32(3, 0)},
+        {f32(3, 0), &k_add, f32(1, 2), f32(3, 0)},
+        {f32(3, 0), &k_sub, f32(1, 2), f32(3, 0)},
     };
     for (row const &l_row : l_rows) {
-        f32 const l_plain = apply(l_row.left, l_row.operation, l_row.right);
-        EXPECT_TRUE(l_plain.eq(l_row.expected))
-            << l_row.left.numer() << "/" << l_row.left.denom() << " op " << l_row.operation << " gives "
-            << l_plain.numer() << "/" << l_plain.denom();
+        SCOPED_TRACE(text_of(l_row.left) + " " + l_row.op->name + " " + text_of(l_row.right));
+        f32 const l_plain = l_row.op->plain(l_row.left, l_row.right);
+        EXPECT_TRUE(l_plain.eq(l_row.expected)) << "gives " << text_of(l_plain);
         f32 l_compound = l_row.left;
-        f32 &l_ref = apply_compound(l_compound, l_row.operation, l_row.right);
-        EXPECT_EQ(&l_ref, &l_compound);
-        EXPECT_TRUE(l_compound.eq(l_plain)) << "compound form of op " << l_row.operation;
+        EXPECT_EQ(&l_row.op->compound(l_compound, l_row.right), &l_compound);
+        EXPECT_TRUE(l_compound.eq(l_plain)) << "compound form gives " << text_of(l_compound);
     }
 }
 
@@ -226,32 +163,31 @@ TEST(fraction, arithmetic_table_with_numbers)
     unsigned int const k_max = std::numeric_limits<unsigned int>::max();
     struct row {
         f32 left;
-        op operation;
+        operation const *op;
         unsigned int right;
         f32 expected;
     } const l_rows[] = {
-        {f32(3, 4), op_mul, 2, f32(6, 4)},         {f32(3, 4), op_div, 2, f32(3, 8)},
-        {f32(3, 4), op_add, 2, f32(11, 4)},        {f32(11, 4), op_sub, 2, f32(3, 4)},
-        {f32(1, 4), op_sub, 1, f32(k_max - 2, 4)}, {f32(7, 2), op_mod, 3, f32(1, 6)},
-        {f32(9, 1), op_mod, 4, f32(1, 4)},
+        {f32(3, 4), &k_mul, 2, f32(6, 4)},         {f32(3, 4), &k_div, 2, f32(3, 8)},
+        {f32(3, 4), &k_add, 2, f32(11, 4)},        {f32(11, 4), &k_sub, 2, f32(3, 4)},
+        {f32(1, 4), &k_sub, 1, f32(k_max - 2, 4)}, {f32(7, 2), &k_mod, 3, f32(1, 6)},
+        {f32(9, 1), &k_mod, 4, f32(1, 4)},
     };
     for (row const &l_row : l_rows) {
-        f32 const l_plain = apply(l_row.left, l_row.operation, l_row.right);
-        EXPECT_TRUE(l_plain.eq(l_row.expected))
-            << l_row.left.numer() << "/" << l_row.left.denom() << " op " << l_row.operation << " " << l_row.right
-            << " gives " << l_plain.numer() << "/" << l_plain.denom();
+        SCOPED_TRACE(text_of(l_row.left) + " " + l_row.op->name + " " + std::to_string(l_row.right));
+        f32 const l_plain = l_row.op->plain_number(l_row.left, l_row.right);
+        EXPECT_TRUE(l_plain.eq(l_row.expected)) << "gives " << text_of(l_plain);
         f32 l_compound = l_row.left;
-        EXPECT_TRUE(apply_compound(l_compound, l_row.operation, l_row.right).eq(l_plain));
+        EXPECT_TRUE(l_row.op->compound_number(l_compound, l_row.right).eq(l_plain));
     }
 }
 
 TEST(fraction, compound_forms_with_the_object_itself)
 {
-    for (op l_op : {op_mul, op_div, op_add, op_sub, op_mod}) {
+    for (operation const *l_operation : {&k_mul, &k_div, &k_add, &k_sub, &k_mod}) {
         f32 l_value(3, 4);
-        f32 const l_plain = apply(l_value, l_op, l_value);
-        apply_compound(l_value, l_op, l_value);
-        EXPECT_TRUE(l_value.eq(l_plain)) << "op " << l_op;
+        f32 const l_plain = l_operation->plain(l_value, l_value);
+        l_operation->compound(l_value, l_value);
+        EXPECT_TRUE(l_value.eq(l_plain)) << l_operation->name << " gives " << text_of(l_value);
     }
     f32 l_value(3, 4);
     l_value += l_value;

@@ -40,16 +40,13 @@ TEST(object_refcount, drop_hands_over_without_destroying_and_release_destroys)
     int l_destroyed = 0;
     auto *const l_object = new counted(&l_destroyed);
     l_object->retain();
-    EXPECT_EQ(l_object->refcount(), 1u);
     l_object->retain();
-    EXPECT_EQ(l_object->refcount(), 2u);
     EXPECT_EQ(l_object->drop(), nullptr);
     EXPECT_EQ(l_object->refcount(), 1u);
     EXPECT_EQ(l_object->drop(), l_object);
     EXPECT_EQ(l_object->refcount(), 0u);
     EXPECT_EQ(l_destroyed, 0);
     l_object->retain();
-    EXPECT_EQ(l_object->refcount(), 1u);
     l_object->release();
     EXPECT_EQ(l_destroyed, 1);
 }

@@ -451,4 +451,33 @@ TEST(stream, read_into_a_buffer_and_write_from_one)
     EXPECT_EQ(l_sink.flushes(), 0);
 }
 
+// A reader that claims to have given more than it was asked for: the chain and the free read
+// take the claim as the size asked, so no remaining size wraps around into a huge read.
+class boastful_rd : public stream::rd {
+public:
+    uint64 read(void *a_destination, uint64 a_size) override
+    {
+        std::memset(a_destination, 'b', static_cast<std::size_t>(a_size));
+        m_pos += a_size;
+        return a_size == 0 ? 0 : a_size + 5;
+    }
+    uint64 tell() override { return m_pos; }
+
+    uint64 m_pos = 0;
+};
+
+TEST(stream, counts_above_the_size_asked_are_taken_as_the_size_asked)
+{
+    boastful_rd l_boaster;
+    char l_bytes[8] = {};
+    EXPECT_EQ(stream::read(l_boaster, l_bytes, 4, 4), 4u);
+    stream::multird l_chain;
+    l_chain.add(l_boaster);
+    EXPECT_EQ(l_chain.read(l_bytes, 8), 8u);
+    EXPECT_EQ(l_chain.tell(), 8u);
+    buffer l_into;
+    stream::read(l_boaster, l_into, 3);
+    EXPECT_EQ(text_of(l_into), "bbb");
+}
+
 } // namespace

@@ -4,32 +4,21 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <thread>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "support/test_support.h"
 
 namespace {
 
 using namespace ordwel;
 using namespace std::chrono_literals;
-
-template <class F> bool eventually(F a_condition)
-{
-    auto const l_end = std::chrono::steady_clock::now() + 10s;
-    while (!a_condition()) {
-        if (std::chrono::steady_clock::now() > l_end) {
-            return false;
-        }
-        std::this_thread::sleep_for(1ms);
-    }
-    return true;
-}
+using ordwel_test::eventually;
 
 // A body that runs until terminate() asks it to stop, counting the requests.
 struct until_terminated : thread_base {
@@ -70,12 +59,14 @@ struct until_released : thread_base {
 TEST(thread, idle_handle_does_nothing)
 {
     thread l_thread;
-    l_thread.join();
-    l_thread.cancel();
-    l_thread.detach();
-    l_thread.signal(0);
-    thread::yield();
-    thread::cancel_point();
+    EXPECT_NO_THROW({
+        l_thread.join();
+        l_thread.cancel();
+        l_thread.detach();
+        l_thread.signal(0);
+        thread::yield();
+        thread::cancel_point();
+    });
 }
 
 TEST(thread, destruction_stops_a_running_body_through_terminate_and_joins)
@@ -191,13 +182,7 @@ TEST(thread, detached_thread_gets_terminate_but_no_join_cancel_or_signal)
                             {[](thread &a_thread) { a_thread.cancel(); }, "thread cancel failed"},
                             {[](thread &a_thread) { a_thread.signal(0); }, "thread signal failed"}};
         for (row const &l_row : l_rows) {
-            std::string l_text = "nothing raised";
-            try {
-                l_row.action(l_thread);
-            } catch (es::call const &l_error) {
-                l_text = l_error.what();
-            }
-            EXPECT_EQ(l_text, l_row.text);
+            EXPECT_EQ(ordwel_test::raised_text<es::call>([&] { l_row.action(l_thread); }), l_row.text);
         }
     }
     EXPECT_EQ(l_body.m_terminations, 1);
@@ -282,73 +267,39 @@ TEST(thread, exit_ends_the_thread_without_ending_the_process)
     EXPECT_FALSE(l_body.m_after);
 }
 
-// A body that lets an exception go ends the process with status 1 and a line on the standard
-// output, which the child process writes to a file for the parent to read.
+// A body that lets an exception go ends the process with status 1 and the line
+// "Abort [thread.cpp:<line>] '<text>'" on the standard output.
 struct raises : thread_base {
     void (*m_raise)();
     explicit raises(void (*a_raise)()) : m_raise(a_raise) {}
     void operator()() override { m_raise(); }
 };
 
-uint32 const k_range_line = 4242;
-void raise_range()
-{
-    es::range::raise("thread_test.cpp", k_range_line, "index past the end");
-}
-void raise_int()
-{
-    throw 42;
-}
-void raise_std()
-{
-    throw std::out_of_range("std range");
-}
-
-std::string abort_text(void (*a_raise)(), char const *a_name)
-{
-    std::string const l_path = ::testing::TempDir() + "ordwel_thread_abort_" + a_name + ".txt";
-    std::remove(l_path.c_str());
-    EXPECT_EXIT(
-        {
-            if (std::freopen(l_path.c_str(), "wb", stdout) == nullptr) {
-                std::_Exit(3);
-            }
-            raises l_body(a_raise);
-            thread l_thread(l_body);
-            l_thread.join();
-            std::_Exit(0);
-        },
-        ::testing::ExitedWithCode(1), "");
-    std::ifstream l_file(l_path, std::ios::binary);
-    std::stringstream l_text;
-    l_text << l_file.rdbuf();
-    l_file.close();
-    std::remove(l_path.c_str());
-    return l_text.str();
-}
-
-// The line is "Abort [thread.cpp:<line>] '<text>'"; this gives the text.
-std::string abort_message(std::string const &a_line)
-{
-    std::string const l_prefix = "Abort [thread.cpp:";
-    if (a_line.compare(0, l_prefix.size(), l_prefix) != 0) {
-        return "unexpected line: " + a_line;
-    }
-    std::size_t const l_start = a_line.find("] '");
-    if (l_start == std::string::npos || a_line.empty() || a_line.back() != '\'') {
-        return "unexpected line: " + a_line;
-    }
-    return a_line.substr(l_start + 3, a_line.size() - l_start - 4);
-}
-
 TEST(thread_death, escaping_exceptions_end_the_process_with_their_texts)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EQ(abort_message(abort_text(raise_range, "range")),
-              "exception: 'index past the end' at 'thread_test.cpp:" + std::to_string(k_range_line) +
-                  "'; 'index past the end'\n");
-    EXPECT_EQ(abort_message(abort_text(raise_std, "std")), "std::exception: 'std range'\n");
-    EXPECT_EQ(abort_message(abort_text(raise_int, "int")), "exception: 'unknown exception' at [ n/a:0 ]; 'n/a'\n");
+    struct row {
+        void (*raise)();
+        std::string text;
+    } const l_rows[] = {
+        {[] { es::range::raise("thread_test.cpp", 4242, "index past the end"); },
+         "exception: 'index past the end' at 'thread_test.cpp:4242'; 'index past the end'\n"},
+        {[] { throw std::out_of_range("std range"); }, "std::exception: 'std range'\n"},
+        {[] { throw 42; }, "exception: 'unknown exception' at [ n/a:0 ]; 'n/a'\n"},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.text);
+        EXPECT_EXIT(
+            {
+                ordwel_test::redirect_stdout_to_stderr();
+                raises l_body(l_row.raise);
+                thread l_thread(l_body);
+                l_thread.join();
+                std::_Exit(0);
+            },
+            testing::ExitedWithCode(1),
+            testing::AllOf(testing::StartsWith("Abort [thread.cpp:"), testing::EndsWith("] '" + l_row.text + "'")));
+    }
 }
 
 } // namespace

@@ -37,6 +37,7 @@
 #include <ordwel/types.h>
 #include <ordwel/uri_ids.h>
 #include <ordwel/url.h>
+#include <ordwel/url_convert.h>
 #include <ordwel/version.h>
 
 #endif

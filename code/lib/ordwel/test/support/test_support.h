@@ -1,10 +1,13 @@
 #ifndef ORDWEL_TEST_SUPPORT_H
 #define ORDWEL_TEST_SUPPORT_H
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <ordwel/buffer.h>
+#include <ordwel/es.h>
 
 namespace ordwel_test {
 
@@ -34,6 +37,31 @@ public:
 private:
     std::string m_path;
 };
+
+// Waits (a bounded while) until a_condition holds, so that a test fails on a lost wake-up instead
+// of hanging. false when the condition still fails after ten seconds.
+template <class F> bool eventually(F a_condition)
+{
+    auto const l_end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!a_condition()) {
+        if (std::chrono::steady_clock::now() > l_end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+// The what() of the E that a_action raises, or "nothing raised"; any other exception passes on.
+template <class E = ordwel::es::base, class F> std::string raised_text(F a_action)
+{
+    try {
+        a_action();
+    } catch (E const &l_error) {
+        return l_error.what();
+    }
+    return "nothing raised";
+}
 
 } // namespace ordwel_test
 

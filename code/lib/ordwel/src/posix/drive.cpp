@@ -1,0 +1,12 @@
+#include "platform/drive.h"
+
+namespace ordwel {
+namespace platform {
+
+unsigned current_drive()
+{
+    return 0;
+}
+
+} // namespace platform
+} // namespace ordwel
