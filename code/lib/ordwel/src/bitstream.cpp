@@ -27,12 +27,6 @@ std::unique_ptr<uint32[]> zeroed_words(uint64 a_bytes)
     return std::unique_ptr<uint32[]>(new uint32[static_cast<std::size_t>(a_bytes / 4)]());
 }
 
-uint32 load_be32(unsigned char const *a_bytes)
-{
-    return static_cast<uint32>((uint32(a_bytes[0]) << 24) | (uint32(a_bytes[1]) << 16) | (uint32(a_bytes[2]) << 8) |
-                               a_bytes[3]);
-}
-
 // Zeros from a_end to the end of the word after the one that holds it.
 void clear_behind(unsigned char *a_block, uint64 a_end)
 {
@@ -179,7 +173,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
                     break;
                 }
                 uint64 const l_at = 8 * static_cast<uint64>(l_hit - l_block);
-                if ((load_be32(l_hit) & l_mask) == l_want) {
+                if ((detail::load_be32(l_hit) & l_mask) == l_want) {
                     m_bits = l_end - l_at - l_bits;
                     return true;
                 }

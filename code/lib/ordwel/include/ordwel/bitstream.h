@@ -38,15 +38,28 @@ inline uint64 load_be64(unsigned char const *a_bytes)
 #endif
 }
 
-inline void store_be64(unsigned char *a_bytes, uint64 a_value)
+inline uint32 load_be32(unsigned char const *a_bytes)
+{
+    uint32 l_value;
+    std::memcpy(&l_value, a_bytes, sizeof l_value);
+#if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    return __builtin_bswap32(l_value);
+#elif defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    return l_value;
+#else
+    return (uint32(a_bytes[0]) << 24) | (uint32(a_bytes[1]) << 16) | (uint32(a_bytes[2]) << 8) | a_bytes[3];
+#endif
+}
+
+inline void store_be32(unsigned char *a_bytes, uint32 a_value)
 {
 #if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    a_value = __builtin_bswap64(a_value);
+    a_value = __builtin_bswap32(a_value);
     std::memcpy(a_bytes, &a_value, sizeof a_value);
 #elif defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
     std::memcpy(a_bytes, &a_value, sizeof a_value);
 #else
-    for (int l_index = 7; l_index >= 0; --l_index) {
+    for (int l_index = 3; l_index >= 0; --l_index) {
         a_bytes[l_index] = static_cast<unsigned char>(a_value);
         a_value >>= 8;
     }
@@ -177,12 +190,14 @@ public:
         if (m_free < l_count) {
             make_room();
         }
-        // Everything behind the cursor is zero, so the field is ORed in; the block has a spare
-        // word so that the two-word access never leaves it.
+        // The field, left-justified, lands in the cursor's word (ORed in: everything behind the
+        // cursor is zero) and the word after it (stored whole). Both are 32-bit accesses, so the
+        // next field's load of either word is served straight from this store.
         uint64 const l_position = m_size * 8 - m_free;
         unsigned char *const l_at = bytes() + (l_position >> 5) * 4;
-        uint64 const l_field = (static_cast<uint64>(a_value) << 32) << (32 - l_count);
-        detail::store_be64(l_at, detail::load_be64(l_at) | (l_field >> (l_position & 31)));
+        uint64 const l_field = ((static_cast<uint64>(a_value) << 32) << (32 - l_count)) >> (l_position & 31);
+        detail::store_be32(l_at, detail::load_be32(l_at) | static_cast<uint32>(l_field >> 32));
+        detail::store_be32(l_at + 4, static_cast<uint32>(l_field));
         m_free -= l_count;
     }
 
