@@ -34,19 +34,7 @@ impersonate_user::impersonate_user() : m_logon_required(false), m_token(0)
 
 impersonate_user::impersonate_user(impersonate_user const &a_other) = default;
 
-impersonate_user &impersonate_user::operator=(impersonate_user const &a_other)
-{
-    if (this != &a_other) {
-        m_url = a_other.m_url;
-        m_host = a_other.m_host;
-        m_user = a_other.m_user;
-        m_password = a_other.m_password;
-        m_domain = a_other.m_domain;
-        m_logon_required = a_other.m_logon_required;
-        m_token = a_other.m_token;
-    }
-    return *this;
-}
+impersonate_user &impersonate_user::operator=(impersonate_user const &a_other) = default;
 
 impersonate_user::~impersonate_user() = default;
 
