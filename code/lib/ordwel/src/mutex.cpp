@@ -13,11 +13,6 @@ namespace ordwel {
 
 namespace {
 
-pthread_mutex_t *native(unsigned char (&a_storage)[mutex::k_native_size])
-{
-    return native_of<pthread_mutex_t>(a_storage);
-}
-
 [[noreturn]] void raise_failure(mutex_op a_op, int a_result, std::string const &a_name, uint32 a_line)
 {
     std::string const l_text = mutex_failure_text(a_op, a_result, a_name);
@@ -49,20 +44,17 @@ mutex::mutex(std::string const &a_name) : m_native(), m_name(a_name)
 
 mutex::~mutex()
 {
-    pthread_mutex_destroy(native(m_native));
+    pthread_mutex_destroy(native());
 }
 
-void mutex::lock() const
+void mutex::lock_failed(int a_result) const
 {
-    int const l_result = pthread_mutex_lock(native(m_native));
-    if (l_result != 0) {
-        raise_failure(mutex_op::lock, l_result, m_name, __LINE__);
-    }
+    raise_failure(mutex_op::lock, a_result, m_name, __LINE__);
 }
 
 bool mutex::trylock() const
 {
-    int const l_result = pthread_mutex_trylock(native(m_native));
+    int const l_result = pthread_mutex_trylock(native());
     if (l_result == 0) {
         return true;
     }
@@ -72,12 +64,9 @@ bool mutex::trylock() const
     raise_failure(mutex_op::trylock, l_result, m_name, __LINE__);
 }
 
-void mutex::unlock() const
+void mutex::unlock_failed(int a_result) const
 {
-    int const l_result = pthread_mutex_unlock(native(m_native));
-    if (l_result != 0) {
-        raise_failure(mutex_op::unlock, l_result, m_name, __LINE__);
-    }
+    raise_failure(mutex_op::unlock, a_result, m_name, __LINE__);
 }
 
 // A failure while an exception is on its way through the calling thread cannot be raised without

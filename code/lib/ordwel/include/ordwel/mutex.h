@@ -1,7 +1,10 @@
 #ifndef ORDWEL_MUTEX_H
 #define ORDWEL_MUTEX_H
 
+#include <new>
 #include <string>
+
+#include <pthread.h>
 
 #include <ordwel/export.h>
 
@@ -21,10 +24,24 @@ public:
     mutex(mutex const &) = delete;
     mutex &operator=(mutex const &) = delete;
 
-    void lock() const;
+    // lock and unlock call the platform inline, so that an uncontended lock costs what the
+    // platform's lock costs; only a failure leaves for the library.
+    void lock() const
+    {
+        int const l_result = pthread_mutex_lock(native());
+        if (l_result != 0) {
+            lock_failed(l_result);
+        }
+    }
     // true when taken, false when another thread holds it. Never blocks.
     bool trylock() const;
-    void unlock() const;
+    void unlock() const
+    {
+        int const l_result = pthread_mutex_unlock(native());
+        if (l_result != 0) {
+            unlock_failed(l_result);
+        }
+    }
 
     // Room for the platform's mutex object, which lives here and not behind a pointer. The
     // library checks at build time that the platform's object fits.
@@ -32,6 +49,11 @@ public:
 
 private:
     friend class condition;
+
+    pthread_mutex_t *native() const noexcept { return std::launder(reinterpret_cast<pthread_mutex_t *>(m_native)); }
+    // Raise es::call with the text of a failed lock or unlock.
+    [[noreturn]] void lock_failed(int a_result) const;
+    [[noreturn]] void unlock_failed(int a_result) const;
 
     alignas(8) mutable unsigned char m_native[k_native_size];
     std::string m_name;
