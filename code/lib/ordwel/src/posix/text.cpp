@@ -10,7 +10,7 @@
 #include <langinfo.h>
 #include <locale.h>
 
-#include "utf8_codec.h"
+#include "core/utf8_codec.h"
 
 namespace ordwel {
 namespace platform {

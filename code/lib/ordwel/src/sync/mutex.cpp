@@ -6,8 +6,8 @@
 
 #include <ordwel/es.h>
 
-#include "mutex_text.h"
-#include "native.h"
+#include "sync/mutex_text.h"
+#include "sync/native.h"
 
 namespace ordwel {
 

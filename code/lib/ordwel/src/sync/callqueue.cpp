@@ -8,7 +8,7 @@
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
-#include "forced_unwind.h"
+#include "sync/forced_unwind.h"
 
 namespace ordwel {
 

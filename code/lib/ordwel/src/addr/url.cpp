@@ -5,7 +5,7 @@
 #include <ordwel/path.h>
 #include <ordwel/strutil.h>
 
-#include "url_scan.h"
+#include "addr/url_scan.h"
 
 namespace ordwel {
 

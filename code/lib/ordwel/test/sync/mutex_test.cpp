@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../src/mutex_text.h"
+#include "../../src/sync/mutex_text.h"
 #include "support/test_support.h"
 
 namespace {

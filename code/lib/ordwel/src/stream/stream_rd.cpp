@@ -2,7 +2,7 @@
 
 #include <ordwel/es.h>
 
-#include "stream_read.h"
+#include "stream/stream_read.h"
 
 namespace ordwel {
 namespace stream {

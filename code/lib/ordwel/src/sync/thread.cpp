@@ -9,8 +9,8 @@
 #include <ordwel/ds.h>
 #include <ordwel/es.h>
 
-#include "forced_unwind.h"
-#include "native.h"
+#include "sync/forced_unwind.h"
+#include "sync/native.h"
 
 namespace ordwel {
 

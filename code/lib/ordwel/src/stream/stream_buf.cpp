@@ -4,7 +4,7 @@
 
 #include <ordwel/es.h>
 
-#include "stream_seek.h"
+#include "stream/stream_seek.h"
 
 namespace ordwel {
 namespace stream {

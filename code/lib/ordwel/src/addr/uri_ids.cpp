@@ -4,7 +4,7 @@
 
 #include <ordwel/url.h>
 
-#include "url_scan.h"
+#include "addr/url_scan.h"
 
 namespace ordwel {
 

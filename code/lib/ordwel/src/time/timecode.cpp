@@ -9,7 +9,7 @@
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
-#include "arith.h"
+#include "core/arith.h"
 
 namespace ordwel {
 

@@ -9,7 +9,7 @@
 #include <ordwel/es.h>
 #include <ordwel/timestamp.h>
 
-#include "native.h"
+#include "sync/native.h"
 
 namespace ordwel {
 

@@ -1,6 +1,6 @@
 #include <ordwel/fraction.h>
 
-#include "arith.h"
+#include "core/arith.h"
 
 namespace ordwel {
 

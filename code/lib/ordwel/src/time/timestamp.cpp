@@ -2,7 +2,7 @@
 
 #include <ordwel/string_helpers.h>
 
-#include "arith.h"
+#include "core/arith.h"
 #include "platform/clock.h"
 
 namespace ordwel {

@@ -5,7 +5,7 @@
 #include <limits>
 #include <new>
 
-#include "stream_read.h"
+#include "stream/stream_read.h"
 
 namespace ordwel {
 namespace bytestream {

@@ -7,7 +7,7 @@
 
 #include <ordwel/es.h>
 
-#include "native.h"
+#include "sync/native.h"
 
 namespace ordwel {
 
