@@ -1,4 +1,5 @@
 #include <ordwel/test.h>
+#include <ordwel/version.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -185,6 +186,15 @@ TEST(test_registry_death, second_unit_of_one_name_in_a_suite_aborts)
                                    return !l_number.empty() &&
                                           l_number.find_first_not_of("0123456789") == std::string::npos;
                                })));
+}
+
+// The loaded library answers for its own version, not for the headers of its caller.
+TEST(library_version, matches_the_headers_it_was_built_with)
+{
+    EXPECT_STREQ(ordwel::library_version_string(), ordwel::k_version_string);
+    EXPECT_TRUE(ordwel::library_matches_headers());
+    EXPECT_FALSE(ordwel::library_has_version(ordwel::k_version_major + 1, ordwel::k_version_minor));
+    EXPECT_FALSE(ordwel::library_has_version(ordwel::k_version_major, ordwel::k_version_minor + 1));
 }
 
 } // namespace
