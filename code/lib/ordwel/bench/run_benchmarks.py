@@ -1,0 +1,181 @@
+#!/usr/bin/env python3
+"""Runs every ordwel benchmark program beside its peers and rewrites the table in docs/performance.md.
+
+    python3 code/lib/ordwel/bench/run_benchmarks.py [--build build/release] [--repetitions 3]
+                                                    [--min-time 0.2] [--only PROGRAM ...] [--no-write]
+
+Each program runs once with --benchmark_repetitions; the median of the repetitions is taken for each
+benchmark. A row of the table compares one ordwel benchmark with one peer benchmark measured in the same
+program run: the ratio is ordwel's throughput divided by the peer's (above 1, ordwel is faster), from
+bytes/s or items/s when both report it, else from the time per iteration. Rows whose peer was not built
+(its Debian package missing at configure time) are left out. The table between the markers in
+docs/performance.md is replaced, with the machine and the date above it.
+"""
+
+import argparse
+import datetime
+import json
+import os
+import platform
+import subprocess
+import sys
+
+# (program, work, ordwel benchmark, peer benchmark, peer's name). A benchmark is named as Google
+# Benchmark reports it, arguments included ("bm_buffer_append/4").
+ROWS = [
+    ("buffer", "append 4 B pieces", "bm_buffer_append/4", "bm_vector_append/4", "std::vector insert"),
+    ("buffer", "append 64 B pieces", "bm_buffer_append/64", "bm_vector_append/64", "std::vector insert"),
+    ("buffer", "append 1 KiB pieces", "bm_buffer_append/1024", "bm_vector_append/1024", "std::vector insert"),
+    ("buffer", "resize in 100-byte steps", "bm_buffer_resize", "bm_vector_resize", "std::vector resize"),
+    ("buffer", "string_with_format", "bm_string_with_format", "bm_snprintf_string", "snprintf measure + format"),
+    ("timecode", "++ and QuickTime word", "ordwel_step_and_pack", "libavutil_step_and_pack", "libavutil"),
+    ("timecode", "++ and text", "ordwel_step_and_text", "libavutil_step_and_text", "libavutil"),
+    ("timecode", "90 kHz time to a label", "ordwel_label_from_90khz", "libavutil_label_from_90khz", "libavutil"),
+    ("timecode", "as_ntptime", "ordwel_ntptime", "libavutil_ntptime", "av_rescale_rnd (not like-for-like)"),
+    ("text", "tokenize_string", "bm_tokenize_delimiter", "bm_tokenize_delimiter_peer_boost_split", "boost::split"),
+    ("text", "path_normalized", "bm_path_normalize", "bm_path_normalize_peer_lexically_normal", "lexically_normal"),
+    ("text", "UTF-8 to wide", "bm_utf8_to_wide", "bm_utf8_to_wide_peer_iconv", "iconv"),
+    ("text", "UTF-8 to wide", "bm_utf8_to_wide", "bm_utf8_to_wide_peer_wstring_convert", "wstring_convert"),
+    ("text", "wide to UTF-8", "bm_wide_to_utf8", "bm_wide_to_utf8_peer_iconv", "iconv"),
+    ("text", "wide to UTF-8", "bm_wide_to_utf8", "bm_wide_to_utf8_peer_wstring_convert", "wstring_convert"),
+    ("url", "every part of 10,000 URLs, raw", "ordwel_all_getters", "curl_all_getters", "libcurl URL API"),
+    ("url", "every part of 10,000 URLs, decoded", "ordwel_all_getters_decoded", "curl_all_getters_decoded",
+     "libcurl URL API"),
+    ("url", "url_encode", "ordwel_url_encode", "curl_easy_escape_text", "curl_easy_escape"),
+    ("url", "url_decode", "ordwel_url_decode", "curl_easy_unescape_text", "curl_easy_unescape"),
+    ("optparser", "20-word command line", "bm_optparser", "bm_getopt_long", "getopt_long"),
+    ("concurrency", "mutex lock + unlock", "BM_mutex_lock_unlock_ordwel", "BM_mutex_lock_unlock_std", "std::mutex"),
+    ("concurrency", "scoped guard", "BM_scoped_mutex_lock_ordwel", "BM_scoped_mutex_lock_std", "std::lock_guard"),
+    ("concurrency", "semaphore ping-pong", "BM_semaphore_ping_pong_ordwel/real_time",
+     "BM_semaphore_ping_pong_std/real_time", "std semaphore"),
+    ("concurrency", "call queue, 1 producer", "BM_callqueue_throughput_ordwel/1/real_time",
+     "BM_callqueue_throughput_asio/1/real_time", "Asio post + run"),
+    ("concurrency", "call queue, 4 producers", "BM_callqueue_throughput_ordwel/4/real_time",
+     "BM_callqueue_throughput_asio/4/real_time", "Asio post + run"),
+    ("concurrency", "blocking call round trip", "BM_callqueue_blocking_round_trip_ordwel/real_time",
+     "BM_callqueue_blocking_round_trip_asio/real_time", "Asio post + promise"),
+    ("stream", "buf::write 8 B pieces", "bm_stream_buf_write/8", "bm_stringstream_write/8", "std::stringstream"),
+    ("stream", "mem::read 64 B pieces", "bm_stream_mem_read/64", "bm_istringstream_read/64", "std::istringstream"),
+    ("stream", "cursor read_be<uint32>", "bm_bytestream_read_u32", "bm_istringstream_read_u32", "std::istringstream"),
+    ("stream", "cursor read_be<uint32>", "bm_bytestream_read_u32", "bm_memcpy_read_u32", "memcpy + byte swap (bound)"),
+    ("stream", "cursor read_u8", "bm_bytestream_read_u8", "bm_istringstream_read_u8", "std::istringstream"),
+    ("codecs", "Base64 encode", "ordwel_base64_encode_buffer", "openssl_base64_encode", "OpenSSL"),
+    ("codecs", "Base64 encode", "ordwel_base64_encode_buffer", "libavutil_base64_encode", "libavutil"),
+    ("codecs", "Base64 decode", "ordwel_base64_decode_buffer", "openssl_base64_decode", "OpenSSL"),
+    ("codecs", "Base64 decode", "ordwel_base64_decode_buffer", "libavutil_base64_decode", "libavutil"),
+    ("codecs", "hex encode", "ordwel_hex_encode", "openssl_hex_encode", "OpenSSL"),
+    ("codecs", "hex decode", "ordwel_hex_decode", "openssl_hex_decode", "OpenSSL"),
+    ("codecs", "hex encode", "ordwel_hex_encode", "boost_hex_encode", "Boost.Algorithm"),
+    ("codecs", "hex decode", "ordwel_hex_decode", "boost_hex_decode", "Boost.Algorithm"),
+    ("coding", "network encode", "ordwel_network_encode", "boost_endian_network_encode", "Boost.Endian by hand"),
+    ("coding", "network decode", "ordwel_network_decode", "boost_endian_network_decode", "Boost.Endian by hand"),
+    ("bitstream", "bit read", "ordwel_bit_read", "gstreamer_bit_read", "GstBitReader"),
+    ("bitstream", "bit write", "ordwel_bit_write", "gstreamer_bit_write", "GstBitWriter"),
+    ("bitstream", "start-code search", "ordwel_find_start_codes", "gstreamer_find_start_codes",
+     "GStreamer masked scan"),
+    ("file", "whole-file read to a string", "bm_fileutil_read_string/real_time", "bm_stdio_read/real_time", "fread"),
+    ("file", "whole-file read to a buffer", "bm_fileutil_read_buffer/real_time", "bm_stdio_read/real_time", "fread"),
+    ("file", "whole-file write", "bm_fileutil_write/real_time", "bm_stdio_write/real_time", "fwrite"),
+    ("process", "start to finish of /bin/true", "BM_process_round_trip/real_time",
+     "BM_posix_spawn_waitpid/real_time", "posix_spawn + waitpid by hand"),
+]
+
+BEGIN = "<!-- benchmark table: begin (written by run_benchmarks.py) -->"
+END = "<!-- benchmark table: end -->"
+UNIT_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def run_program(a_path, a_repetitions, a_min_time):
+    """The median aggregate of every benchmark of one program, by name."""
+    l_out = subprocess.run(
+        [a_path, "--benchmark_format=json", f"--benchmark_repetitions={a_repetitions}",
+         "--benchmark_report_aggregates_only=true", f"--benchmark_min_time={a_min_time}"],
+        check=True, capture_output=True, text=True).stdout
+    l_medians = {}
+    for l_bench in json.loads(l_out)["benchmarks"]:
+        if l_bench.get("aggregate_name") == "median":
+            l_medians[l_bench["run_name"]] = l_bench
+    return l_medians
+
+
+def ratio(a_ordwel, a_peer):
+    """ordwel's throughput over the peer's."""
+    for l_counter in ("bytes_per_second", "items_per_second"):
+        if l_counter in a_ordwel and l_counter in a_peer:
+            return a_ordwel[l_counter] / a_peer[l_counter]
+    l_ordwel = a_ordwel["real_time"] * UNIT_NS[a_ordwel["time_unit"]]
+    l_peer = a_peer["real_time"] * UNIT_NS[a_peer["time_unit"]]
+    return l_peer / l_ordwel
+
+
+def machine():
+    l_model = platform.processor() or platform.machine()
+    try:
+        with open("/proc/cpuinfo") as l_file:
+            for l_line in l_file:
+                if l_line.startswith("model name"):
+                    l_model = l_line.split(":", 1)[1].strip()
+                    break
+    except OSError:
+        pass
+    return f"{l_model}, {os.cpu_count()} cores"
+
+
+def table(a_rows, a_args):
+    l_lines = [BEGIN, "",
+               f"Machine: {machine()}. Date: {datetime.date.today().isoformat()}. "
+               f"Median of {a_args.repetitions} repetitions, `--benchmark_min_time={a_args.min_time}`.",
+               "", "| Program | Work | Peer | Ratio |", "|---|---|---|---|"]
+    for l_program, l_work, l_peer, l_value in a_rows:
+        l_lines.append(f"| {l_program} | {l_work} | {l_peer} | {l_value:.2f} |")
+    l_lines += ["", END]
+    return "\n".join(l_lines)
+
+
+def main():
+    l_parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    l_parser.add_argument("--build", default="build/release")
+    l_parser.add_argument("--repetitions", type=int, default=3)
+    l_parser.add_argument("--min-time", default="0.2")
+    l_parser.add_argument("--only", nargs="*", default=None)
+    l_parser.add_argument("--no-write", action="store_true")
+    l_parser.add_argument("--doc", default="docs/performance.md")
+    l_args = l_parser.parse_args()
+
+    l_programs = sorted({l_row[0] for l_row in ROWS})
+    if l_args.only:
+        l_programs = [l_name for l_name in l_programs if l_name in l_args.only]
+    l_rows = []
+    for l_program in l_programs:
+        l_path = os.path.join(l_args.build, "bin", f"ordwel_{l_program}_bench")
+        if not os.access(l_path, os.X_OK):
+            print(f"-- {l_program}: {l_path} is not built, left out", file=sys.stderr)
+            continue
+        print(f"-- {l_program}", file=sys.stderr)
+        l_medians = run_program(l_path, l_args.repetitions, l_args.min_time)
+        for l_name, l_work, l_ours, l_theirs, l_peer in ROWS:
+            if l_name != l_program:
+                continue
+            if l_ours not in l_medians or l_theirs not in l_medians:
+                print(f"   {l_work} vs {l_peer}: not measured, left out", file=sys.stderr)
+                continue
+            l_value = ratio(l_medians[l_ours], l_medians[l_theirs])
+            print(f"   {l_work} vs {l_peer}: {l_value:.2f}", file=sys.stderr)
+            l_rows.append((l_program, l_work, l_peer, l_value))
+
+    l_table = table(l_rows, l_args)
+    if l_args.no_write:
+        print(l_table)
+        return
+    with open(l_args.doc) as l_file:
+        l_doc = l_file.read()
+    if BEGIN in l_doc and END in l_doc:
+        l_doc = l_doc[:l_doc.index(BEGIN)] + l_table + l_doc[l_doc.index(END) + len(END):]
+    else:
+        l_doc = l_doc.rstrip("\n") + "\n\n" + l_table + "\n"
+    with open(l_args.doc, "w") as l_file:
+        l_file.write(l_doc)
+
+
+if __name__ == "__main__":
+    main()
