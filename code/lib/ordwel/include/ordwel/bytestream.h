@@ -131,6 +131,9 @@ private:
 
     unsigned char *block() const { return reinterpret_cast<unsigned char *>(m_buf.get()); }
 
+    // peek_at and read_at (and the writer's write_at) are inline: while the block has room an
+    // item costs no call; only a refill (or a write-out) leaves for the library.
+    //
     // a_count (at most 8) bytes at the cursor; the cursor stays. Valid until the next refill.
     unsigned char const *peek_at(uint64 a_count) const
     {

@@ -136,6 +136,8 @@ std::string &path_append(std::string &a_path, std::string const &a_other, char a
     return a_path;
 }
 
+// The copying twins build their result directly instead of copying the path and then editing the
+// copy; the text is the same as that of the in-place form.
 std::string path_appended(std::string const &a_path, std::string const &a_other, char a_sep)
 {
     std::string l_result;
@@ -185,6 +187,7 @@ std::string &path_pop_back(std::string &a_path, char a_sep)
     return a_path;
 }
 
+// Cut straight out of the path rather than erased from a copy of it.
 std::string path_popped_back(std::string const &a_path, char a_sep)
 {
     size_type const l_last = a_path.rfind(a_sep);

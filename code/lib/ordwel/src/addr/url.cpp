@@ -466,6 +466,7 @@ std::string url_password(std::string const &a_url, bool a_decode)
     return l_info.m_colon < l_info.m_u ? stretch(a_url, l_info.m_colon + 1, l_info.m_u, a_decode) : std::string();
 }
 
+// Narrows the host's stretch past its brackets before copying, so the text is copied once.
 std::string url_host(std::string const &a_url)
 {
     char const *const l_data = a_url.data();
@@ -562,6 +563,8 @@ kvmap url_fragment_kvmap(std::string const &a_url, bool a_decode, char a_pair_se
 
 // --- Coding -------------------------------------------------------------------------------------
 
+// Counts the bytes to encode first, so the result is allocated once at its final length (and a
+// text with nothing to encode is returned as it is).
 std::string url_encode(std::string const &a_text, bool a_slash)
 {
     auto const *const l_data = reinterpret_cast<unsigned char const *>(a_text.data());

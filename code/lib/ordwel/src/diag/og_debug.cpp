@@ -76,6 +76,8 @@ public:
     uint64 channels() const { return m_size * 32; }
 
 private:
+    // A size that does not fit in memory takes the same abort path as a failed allocation, so no
+    // size computation wraps and nothing here throws.
     void grow(uint64 a_word)
     {
         uint64 const l_size = (a_word + 1 + 31) / 32 * 32;

@@ -106,6 +106,7 @@ buffer buffer_decode_base64(unsigned char const *a_bytes, uint64 a_size)
     return l_result;
 }
 
+// Codes straight into the string rather than through a buffer: the same bytes, one copy fewer.
 std::string string_decode_base64(unsigned char const *a_bytes, uint64 a_size)
 {
     std::string l_result;

@@ -89,6 +89,7 @@ buffer buffer_encode_base64(unsigned char const *a_bytes, uint64 a_size)
     return l_result;
 }
 
+// Codes straight into the string rather than through a buffer: the same bytes, one copy fewer.
 std::string string_encode_base64(unsigned char const *a_bytes, uint64 a_size)
 {
     std::string l_result;

@@ -79,6 +79,7 @@ buffer buffer_decode_hex(std::string const &a_text)
     return buffer_decode_hex(a_text.data(), a_text.size());
 }
 
+// Codes straight into the string rather than through a buffer: the same bytes, one copy fewer.
 std::string string_decode_hex(unsigned char const *a_bytes, uint64 a_size)
 {
     std::string l_result;

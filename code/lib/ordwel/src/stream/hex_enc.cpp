@@ -60,6 +60,7 @@ buffer buffer_encode_hex(std::string const &a_text)
     return buffer_encode_hex(a_text.data(), a_text.size());
 }
 
+// Codes straight into the string rather than through a buffer: the same bytes, one copy fewer.
 std::string string_encode_hex(unsigned char const *a_bytes, uint64 a_size)
 {
     std::string l_result;

@@ -89,6 +89,8 @@ callqueue::~callqueue()
     m_unique_ids.clear();
 }
 
+// A function-local static, so that a first use from two threads at once builds one queue; the
+// thread whose call builds it becomes the owner.
 callqueue &callqueue::instance()
 {
     static callqueue s_instance;
@@ -209,6 +211,8 @@ void callqueue::run()
     if (!on_owner()) {
         es::unsupp::raise(ORDWEL_HERE, "callqueue::run() called from different thread");
     }
+    // The pending calls move into a snapshot under the list mutex (no copy): calls added while
+    // these run wait for the next run, and each reference goes when the snapshot ends.
     std::list<pending> l_calls;
     {
         scoped_mutex::lock const l_lock(m_calls_mutex);

@@ -6,8 +6,9 @@
 
 namespace ordwel {
 
-// The public lock classes keep the platform's object in a byte array, so that their headers need
-// no platform header. These two helpers place the object there and reach it.
+// The public lock classes keep the platform's object in a byte array, so that their layout does
+// not hang on the platform's type (mutex.h still includes <pthread.h> for its inline lock and
+// unlock). These two helpers place the object there and reach it.
 template <class T, std::size_t N> T *native_place(unsigned char (&a_storage)[N]) noexcept
 {
     static_assert(sizeof(T) <= N, "the platform object does not fit its storage");

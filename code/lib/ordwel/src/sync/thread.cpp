@@ -128,6 +128,8 @@ void thread::stop() noexcept
     } catch (...) {
     }
     if (!m_detached) {
+        // An exception in flight in this thread (uncaught_exceptions() > 0): the body is
+        // cancelled as well, so that the join cannot hold up the unwinding.
         if (std::uncaught_exceptions() > 0) {
             pthread_cancel(l_handle);
         }

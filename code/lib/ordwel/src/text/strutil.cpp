@@ -39,6 +39,7 @@ void tokenize_stretches(std::string const &a_text, char a_delimiter, std::vector
     a_out.emplace_back(l_data + l_start, l_length - l_start);
 }
 
+// Measures the joined length first, so the output is reserved once before appending.
 template <typename t_list> void join_with_byte(t_list const &a_list, char a_separator, std::string &a_out)
 {
     if (a_list.empty()) {
@@ -59,6 +60,8 @@ template <typename t_list> void join_with_byte(t_list const &a_list, char a_sepa
     }
 }
 
+// The last of equal keys wins: an existing key's value is assigned in place, a new key goes in at
+// the place that the search for it found.
 void insert_last_wins(std::map<std::string, std::string> &a_map, char const *a_key, size_type a_key_length,
                       char const *a_value, size_type a_value_length)
 {

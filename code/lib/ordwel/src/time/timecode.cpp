@@ -559,6 +559,8 @@ float timecode::as_float(float a_scale) const
     return static_cast<float>(m_numer) / static_cast<float>(m_denom) * a_scale;
 }
 
+// Each field is cut to its byte before packing, so a field out of range never spills into the
+// field beside it.
 unsigned int timecode::as_quicktime_tmcd() const
 {
     unsigned int const l_word =
