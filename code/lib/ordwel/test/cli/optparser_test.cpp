@@ -1,6 +1,7 @@
 #include <ordwel/optparser.h>
 
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -114,115 +115,116 @@ parse_outcome run_parse(std::vector<std::string> const &a_words, std::map<int, i
 
 using calls = std::vector<std::string>;
 
+// The blank-separated words of a_text.
+std::vector<std::string> split(std::string const &a_text)
+{
+    std::vector<std::string> l_words;
+    std::istringstream l_stream(a_text);
+    for (std::string l_word; l_stream >> l_word;) {
+        l_words.push_back(l_word);
+    }
+    return l_words;
+}
+
 TEST(optparser, parse_table_reports_every_callback_in_command_line_order)
 {
+    // Words and callbacks are separated by blanks.
     struct row {
         char const *name;
-        std::vector<std::string> words;
+        char const *words;
         bool result;
-        calls expected;
+        char const *expected;
         std::string error;
         std::map<int, int> results;
     };
     std::vector<std::pair<int, char const *>> const l_long = {
         {-99, "l0"}, {-98, "l1"}, {-97, "test2"}, {-96, "test2_4"}, {-95, "l2n"}};
     row const l_rows[] = {
-        {"parse1", {"-a"}, true, {"a[]"}, "", {}},
-        {"parse3", {"-a", "nope"}, true, {"a[]", "1[nope]"}, "", {}},
-        {"parse4", {"-a", "-b"}, false, {"a[]"}, "*** too few arguments for option `b'\n", {}},
-        {"parse5", {"-a", "-b", "yes"}, true, {"a[]", "b[yes]"}, "", {}},
-        {"parse5_2", {"-a", "-d", "yes"}, false, {"a[]"}, "*** too few arguments for option `d'\n", {}},
-        {"parse6", {"--aaa"}, true, {"a[]"}, "", {}},
-        {"parse8", {"--aaa", "nope"}, true, {"a[]", "1[nope]"}, "", {}},
-        {"parse9", {"--aaa", "--bbb"}, false, {"a[]"}, "*** too few arguments for option `bbb'\n", {}},
-        {"parse10", {"--aaa", "--bbb", "yes"}, true, {"a[]", "b[yes]"}, "", {}},
-        {"parse11", {"--aaa", "--ddd", "yes"}, false, {"a[]"}, "*** too few arguments for option `ddd'\n", {}},
-        {"parse12", {"--aaa", "--ddd", "yes", "again"}, true, {"a[]", "d[yes,again]"}, "", {}},
+        {"parse1", "-a", true, "a[]", "", {}},
+        {"parse3", "-a nope", true, "a[] 1[nope]", "", {}},
+        {"parse4", "-a -b", false, "a[]", "*** too few arguments for option `b'\n", {}},
+        {"parse5", "-a -b yes", true, "a[] b[yes]", "", {}},
+        {"parse5_2", "-a -d yes", false, "a[]", "*** too few arguments for option `d'\n", {}},
+        {"parse6", "--aaa", true, "a[]", "", {}},
+        {"parse8", "--aaa nope", true, "a[] 1[nope]", "", {}},
+        {"parse9", "--aaa --bbb", false, "a[]", "*** too few arguments for option `bbb'\n", {}},
+        {"parse10", "--aaa --bbb yes", true, "a[] b[yes]", "", {}},
+        {"parse11", "--aaa --ddd yes", false, "a[]", "*** too few arguments for option `ddd'\n", {}},
+        {"parse12", "--aaa --ddd yes again", true, "a[] d[yes,again]", "", {}},
         {"parse13",
-         {"--aaa", "--ddd", "yes", "again", "and", "again", "and", "again"},
+         "--aaa --ddd yes again and again and again",
          true,
-         {"a[]", "d[yes,again,and,again]", "1[and]", "1[again]"},
+         "a[] d[yes,again,and,again] 1[and] 1[again]",
          "",
          {}},
         {"parse14",
-         {"--aaa", "--ddd=yes,again,and,again", "and", "again"},
+         "--aaa --ddd=yes,again,and,again and again",
          true,
-         {"a[]", "d[yes,again,and,again]", "1[and]", "1[again]"},
+         "a[] d[yes,again,and,again] 1[and] 1[again]",
          "",
          {}},
         {"parse15",
-         {"--aaa", "--ddd=yes,again,and,again,and,again"},
+         "--aaa --ddd=yes,again,and,again,and,again",
          true,
-         {"a[]", "d[yes,again,and,again]", "1[and]", "1[again]"},
+         "a[] d[yes,again,and,again] 1[and] 1[again]",
          "",
          {}},
         {"parse16",
-         {"--aaa", "-c=3", "--ccc", "4", "--l0", "--l1", "hej", "what?", "-ij1", "--l2n", "yes", "again", "and",
-          "again"},
+         "--aaa -c=3 --ccc 4 --l0 --l1 hej what? -ij1 --l2n yes again and again",
          true,
-         {"a[]", "c[=3]", "c[4]", "-99[]", "-98[hej]", "1[what?]", "i[]", "j[1]", "-95[yes,again,and,again]"},
+         "a[] c[=3] c[4] -99[] -98[hej] 1[what?] i[] j[1] -95[yes,again,and,again]",
          "",
          {}},
-        {"parse17", {"-aijapa"}, true, {"a[]", "i[]", "j[apa]"}, "", {}},
-        {"parse18", {"-jiaapa"}, true, {"j[iaapa]"}, "", {}},
-        {"parse19", {"-iak"}, true, {"i[]", "a[]", "k[]"}, "", {}},
-        {"parse20", {"-akiiii"}, true, {"a[]", "k[iiii]"}, "", {}},
-        {"parse21", {"-aikii"}, true, {"a[]", "i[]", "k[ii]"}, "", {}},
+        {"parse17", "-aijapa", true, "a[] i[] j[apa]", "", {}},
+        {"parse18", "-jiaapa", true, "j[iaapa]", "", {}},
+        {"parse19", "-iak", true, "i[] a[] k[]", "", {}},
+        {"parse20", "-akiiii", true, "a[] k[iiii]", "", {}},
+        {"parse21", "-aikii", true, "a[] i[] k[ii]", "", {}},
         {"parse30",
-         {"-e", "arg1", "arg2", "arg3", "arg4", "arg5"},
+         "-e arg1 arg2 arg3 arg4 arg5",
          true,
-         {"e[arg1,arg2,arg3,arg4,arg5]", "1[arg3]", "1[arg4]", "1[arg5]"},
+         "e[arg1,arg2,arg3,arg4,arg5] 1[arg3] 1[arg4] 1[arg5]",
          "",
          {{'e', 2}}},
-        {"parse31",
-         {"-e", "arg1", "arg2", "arg3", "arg4", "arg5"},
-         true,
-         {"e[arg1,arg2,arg3,arg4,arg5]", "1[arg5]"},
-         "",
-         {{'e', 4}}},
+        {"parse31", "-e arg1 arg2 arg3 arg4 arg5", true, "e[arg1,arg2,arg3,arg4,arg5] 1[arg5]", "", {{'e', 4}}},
         // Values that look like numbers or a lone dash are taken; option-like words end the list.
-        {"negative number value", {"-c", "-5"}, true, {"c[-5]"}, "", {}},
-        {"lone dash value", {"-c", "-"}, true, {"c[-]"}, "", {}},
-        {"option ends values", {"-c", "-a"}, true, {"c[]", "a[]"}, "", {}},
-        {"long option is no value", {"-d", "1", "--aaa"}, false, {}, "*** too few arguments for option `d'\n", {}},
-        {"double dash is no value", {"-c", "--", "x"}, true, {"c[]", "1[--]", "1[x]"}, "", {}},
-        {"lone dash skipped", {"-", "w", "-"}, true, {"1[w]"}, "", {}},
-        {"values up to max then words", {"-l", "1", "-2", "3", "4", "5"}, true, {"l[1,-2,3,4]", "1[5]"}, "", {}},
+        {"negative number value", "-c -5", true, "c[-5]", "", {}},
+        {"lone dash value", "-c -", true, "c[-]", "", {}},
+        {"option ends values", "-c -a", true, "c[] a[]", "", {}},
+        {"long option is no value", "-d 1 --aaa", false, "", "*** too few arguments for option `d'\n", {}},
+        {"double dash is no value", "-c -- x", true, "c[] 1[--] 1[x]", "", {}},
+        {"lone dash skipped", "- w -", true, "1[w]", "", {}},
+        {"values up to max then words", "-l 1 -2 3 4 5", true, "l[1,-2,3,4] 1[5]", "", {}},
         // After "--" everything is a word, "--" first, and nothing is an option any more.
-        {"end of options",
-         {"-a", "--", "-b", "--ccc", "--ddd=x,y", "-"},
-         true,
-         {"a[]", "1[--]", "1[-b]", "1[--ccc]", "1[--ddd=x,y]", "1[-]"},
-         "",
-         {}},
-        {"unknown long", {"-a", "--zzz", "-a"}, false, {"a[]"}, "*** no such option `zzz'\n", {}},
-        {"unknown short in cluster", {"-aza"}, false, {"a[]"}, "*** no such option `z'\n", {}},
-        {"unknown long with value", {"--zzz=1,2"}, false, {}, "*** no such option `zzz'\n", {}},
-        {"short-only id has no long form", {"--i"}, false, {}, "*** no such option `i'\n", {}},
+        {"end of options", "-a -- -b --ccc --ddd=x,y -", true, "a[] 1[--] 1[-b] 1[--ccc] 1[--ddd=x,y] 1[-]", "", {}},
+        {"unknown long", "-a --zzz -a", false, "a[]", "*** no such option `zzz'\n", {}},
+        {"unknown short in cluster", "-aza", false, "a[]", "*** no such option `z'\n", {}},
+        {"unknown long with value", "--zzz=1,2", false, "", "*** no such option `zzz'\n", {}},
+        {"short-only id has no long form", "--i", false, "", "*** no such option `i'\n", {}},
         // The --name=list form: each comma-separated piece is a word of its own.
-        {"equals exactly one", {"--bbb=x"}, true, {"b[x]"}, "", {}},
-        {"equals empty value", {"--bbb="}, true, {"b[]"}, "", {}},
-        {"equals empty pieces kept", {"--ddd=,x,"}, true, {"d[,x,]"}, "", {}},
-        {"equals on a flag", {"--aaa=x"}, true, {"a[]", "1[x]"}, "", {}},
-        {"equals too few", {"--ddd=x"}, false, {}, "*** too few arguments for option `ddd'\n", {}},
-        {"equals then more words", {"--ddd=1,2", "3", "-a"}, true, {"d[1,2,3]", "a[]"}, "", {}},
-        {"equals on long-only", {"--l1=v"}, true, {"-98[v]"}, "", {}},
+        {"equals exactly one", "--bbb=x", true, "b[x]", "", {}},
+        {"equals empty value", "--bbb=", true, "b[]", "", {}},
+        {"equals empty pieces kept", "--ddd=,x,", true, "d[,x,]", "", {}},
+        {"equals on a flag", "--aaa=x", true, "a[] 1[x]", "", {}},
+        {"equals too few", "--ddd=x", false, "", "*** too few arguments for option `ddd'\n", {}},
+        {"equals then more words", "--ddd=1,2 3 -a", true, "d[1,2,3] a[]", "", {}},
+        {"equals on long-only", "--l1=v", true, "-98[v]", "", {}},
         // A callback that uses fewer words than offered leaves the rest to the scan.
-        {"unused long values rescanned", {"--ddd", "p", "q", "r"}, true, {"d[p,q,r]", "1[q]", "1[r]"}, "", {{'d', 1}}},
-        {"attached word counts as used", {"-jx", "y"}, true, {"j[x]", "1[y]"}, "", {}},
-        {"attached and collected", {"-lx", "y", "z"}, true, {"l[x,y,z]", "1[z]"}, "", {{'l', 2}}},
+        {"unused long values rescanned", "--ddd p q r", true, "d[p,q,r] 1[q] 1[r]", "", {{'d', 1}}},
+        {"attached word counts as used", "-jx y", true, "j[x] 1[y]", "", {}},
+        {"attached and collected", "-lx y z", true, "l[x,y,z] 1[z]", "", {{'l', 2}}},
         // Results beyond the offered words, or negative other than -1, never leave argv.
-        {"result beyond the words", {"-b", "x", "y"}, true, {"b[x]"}, "", {{'b', 1000}}},
-        {"result below -1 counts as 0", {"--bbb", "x"}, true, {"b[x]", "1[x]"}, "", {{'b', -7}}},
+        {"result beyond the words", "-b x y", true, "b[x]", "", {{'b', 1000}}},
+        {"result below -1 counts as 0", "--bbb x", true, "b[x] 1[x]", "", {{'b', -7}}},
         // Long-only options with exactly two, and two to four, words.
-        {"long-only exactly two", {"--l0", "--test2", "a", "b", "c"}, true, {"-99[]", "-97[a,b]", "1[c]"}, "", {}},
-        {"long-only up to four", {"--test2_4", "a", "b", "c", "d", "e"}, true, {"-96[a,b,c,d]", "1[e]"}, "", {}},
+        {"long-only exactly two", "--l0 --test2 a b c", true, "-99[] -97[a,b] 1[c]", "", {}},
+        {"long-only up to four", "--test2_4 a b c d e", true, "-96[a,b,c,d] 1[e]", "", {}},
     };
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(l_row.name);
-        parse_outcome const l_outcome = run_parse(l_row.words, l_row.results, l_long);
+        parse_outcome const l_outcome = run_parse(split(l_row.words), l_row.results, l_long);
         EXPECT_EQ(l_outcome.result, l_row.result);
-        EXPECT_EQ(l_outcome.calls, l_row.expected);
+        EXPECT_EQ(l_outcome.calls, split(l_row.expected));
         EXPECT_EQ(l_outcome.error, l_row.error);
     }
 }

@@ -184,19 +184,6 @@ TEST(bitstream, every_width_at_every_offset_round_trips)
     }
 }
 
-TEST(bitstream_rd, reads_and_peeks_fields)
-{
-    source l_source(bytes({0xab, 0xcd}));
-    bitstream::rd l_reader(l_source, 16);
-    EXPECT_EQ(l_reader.read(4), 0xau);
-    EXPECT_EQ(l_reader.peek(8), 0xbcu);
-    EXPECT_EQ(l_reader.read(8), 0xbcu);
-    EXPECT_EQ(l_reader.peek(0), 0u);
-    EXPECT_EQ(l_reader.read(4), 0xdu);
-    EXPECT_FALSE(l_reader.has_bits(1));
-    EXPECT_TRUE(l_reader.has_bits(0));
-}
-
 TEST(bitstream_rd, past_the_end_reads_zeros_and_stops)
 {
     source l_empty("");
@@ -359,8 +346,7 @@ TEST(bitstream, bulk_bytes_between_fields)
     EXPECT_EQ(l_reader.read(l_out, 10, 8), 0u);
 }
 
-// Where the search may stop: step-wide positions from the start rounded down to the alignment,
-// the step beginning afresh at each 32-bit word of the block, spans inside the data.
+// A search: the pattern, its width and the step between the positions tested.
 struct search {
     uint32 value;
     unsigned bits;
@@ -402,100 +388,6 @@ TEST(bitstream_rd, find_a_pattern_at_every_bit_offset)
                 std::size_t const l_behind = l_expected + l_bits;
                 ASSERT_EQ(l_reader.read(32), l_model.field(l_behind, 32))
                     << "the cursor stands behind the pattern: " << l_bits << " at " << l_offset << " block " << l_block;
-            }
-        }
-    }
-}
-
-// Random data searched for short patterns, one match after the other, against a brute-force scan.
-TEST(bitstream_rd, find_every_occurrence_in_random_data)
-{
-    std::mt19937 l_random(1319);
-    for (unsigned const l_bits : {3u, 7u, 11u}) {
-        bit_model l_model;
-        for (int l_word = 0; l_word < 128; ++l_word) {
-            l_model.append(l_random(), 32);
-        }
-        // A pattern taken from the data, so that it occurs at least once.
-        uint32 const l_pattern = l_model.field(1000 + l_bits, l_bits);
-        for (uint64 const l_block : {8u, 12u, 40u}) {
-            for (uint64 const l_piece : {uint64(1), uint64(3), ~uint64(0)}) {
-                source l_source(l_model.bytes(), l_piece);
-                bitstream::rd l_reader(l_source, l_block);
-                std::size_t l_at = 0;
-                int l_found = 0;
-                for (;;) {
-                    std::size_t const l_expected = first_match(l_model, l_at, l_pattern, l_bits);
-                    bool const l_result = l_reader.find(l_pattern, l_bits, 1, 1);
-                    ASSERT_EQ(l_result, l_expected != std::string::npos) << l_bits << " from " << l_at;
-                    if (!l_result) {
-                        break;
-                    }
-                    ++l_found;
-                    l_at = l_expected + l_bits;
-                    ASSERT_EQ(l_reader.peek(l_bits), l_model.field(l_at, l_bits));
-                }
-                EXPECT_GT(l_found, 0);
-                EXPECT_FALSE(l_reader.has_bits(1)) << "a failed search consumes everything";
-            }
-        }
-    }
-}
-
-// The grid of the search: from a_start by a_step to the end of its 32-bit word, then from the
-// start of each following word.
-std::size_t first_grid_match(bit_model const &a_model, std::size_t a_start, search const &a_search)
-{
-    std::size_t l_at = a_start;
-    while (l_at + a_search.bits <= a_model.m_bits.size()) {
-        if (a_model.field(l_at, a_search.bits) == low_bits(a_search.value, a_search.bits)) {
-            return l_at;
-        }
-        std::size_t const l_next = l_at + a_search.step;
-        l_at = l_next / 32 == l_at / 32 ? l_next : (l_at / 32 + 1) * 32;
-    }
-    return std::string::npos;
-}
-
-// Searches at wider steps, from cursors on and off the byte grid, against the grid rule: every
-// match in order, whatever the block and however the source hands out its bytes.
-TEST(bitstream_rd, find_on_a_grid_matches_the_grid_rule)
-{
-    std::mt19937 l_random(1320);
-    for (unsigned const l_bits : {8u, 16u, 24u, 32u}) {
-        uint32 const l_pattern = low_bits(0x00000100u | (l_bits == 8 ? 0x2 : 0), l_bits);
-        bit_model l_model;
-        for (int l_word = 0; l_word < 96; ++l_word) {
-            // Sparse ones, so that runs of zero bytes give many near misses and some matches.
-            uint32 const l_value = l_random() & l_random() & l_random() & l_random();
-            l_model.append(l_word % 5 == 0 ? l_pattern : l_value, l_word % 5 == 0 ? l_bits : 32);
-        }
-        for (unsigned const l_step : {8u, 12u, 16u}) {
-            for (unsigned const l_lead : {0u, 3u, 8u}) {
-                for (uint64 const l_block : {8u, 12u, 64u}) {
-                    for (uint64 const l_piece : {uint64(5), ~uint64(0)}) {
-                        source l_source(l_model.bytes(), l_piece);
-                        bitstream::rd l_reader(l_source, l_block);
-                        l_reader.read(l_lead);
-                        std::size_t l_at = l_lead;
-                        search const l_search{l_pattern, l_bits, l_step};
-                        int l_found = 0;
-                        for (;;) {
-                            std::size_t const l_expected = first_grid_match(l_model, l_at, l_search);
-                            bool const l_result = l_reader.find(l_pattern, l_bits, l_step, 1);
-                            ASSERT_EQ(l_result, l_expected != std::string::npos)
-                                << l_bits << " " << l_step << " " << l_lead << " " << l_block << " from " << l_at;
-                            if (!l_result) {
-                                break;
-                            }
-                            ++l_found;
-                            l_at = l_expected + l_bits;
-                            ASSERT_EQ(l_reader.peek(32), l_model.field(l_at, 32))
-                                << l_bits << " " << l_step << " " << l_lead << " " << l_block << " at " << l_at;
-                        }
-                        EXPECT_GT(l_found, 0) << l_bits << " " << l_step << " " << l_lead;
-                    }
-                }
             }
         }
     }

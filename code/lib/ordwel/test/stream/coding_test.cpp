@@ -1,9 +1,9 @@
 #include <ordwel/coding.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -16,6 +16,7 @@ namespace {
 
 using namespace ordwel;
 using ordwel_test::buffer_of;
+using ordwel_test::raised_at;
 using ordwel_test::text_of;
 
 buffer bytes(std::vector<unsigned> const &a_values)
@@ -27,80 +28,69 @@ buffer bytes(std::vector<unsigned> const &a_values)
     return l_bytes;
 }
 
-// Runs a_call and expects es::arg with a_text, raised in coding.cpp.
-void expect_arg(std::function<void()> const &a_call, char const *a_text, std::string const &a_what = std::string())
-{
-    try {
-        a_call();
-        ADD_FAILURE() << a_what << ": no exception";
-    } catch (es::arg const &l_error) {
-        EXPECT_STREQ(l_error.what(), a_text) << a_what;
-        EXPECT_STREQ(l_error.file(), "coding.cpp") << a_what;
-    }
-}
+std::string const k_out_of_range = "buffer offset out of range @ coding.cpp";
 
-char const *const k_out_of_range = "buffer offset out of range";
-
-// Each item with the bytes it must give on the wire.
+// Every item type in one message, with the bytes it must give on the wire.
 TEST(coding, items_on_the_wire)
 {
-    struct row {
-        char const *name;
-        std::function<void(encoder_network &)> encode;
-        std::vector<unsigned> wire;
-    } const l_rows[] = {
-        {"buffer",
-         [](encoder_network &a_e) {
-             buffer_encode_network(bytes({1, 2, 3}), a_e);
-         },
-         {0, 0, 0, 3, 1, 2, 3}},
-        {"string", [](encoder_network &a_e) { string_encode_network("abc", a_e); }, {0, 0, 0, 3, 0x61, 0x62, 0x63}},
-        {"empty string", [](encoder_network &a_e) { string_encode_network("", a_e); }, {0, 0, 0, 0}},
-        {"empty buffer", [](encoder_network &a_e) { buffer_encode_network(buffer(), a_e); }, {0, 0, 0, 0}},
-        {"string with a zero byte",
-         [](encoder_network &a_e) { string_encode_network(std::string("a\0b", 3), a_e); },
-         {0, 0, 0, 3, 0x61, 0, 0x62}},
-        {"uint8", [](encoder_network &a_e) { uint8_encode_network(0xab, a_e); }, {0xab}},
-        {"uint16", [](encoder_network &a_e) { uint16_encode_network(0x1234, a_e); }, {0x12, 0x34}},
-        {"uint32", [](encoder_network &a_e) { uint32_encode_network(0x12345678, a_e); }, {0x12, 0x34, 0x56, 0x78}},
-        {"uint64",
-         [](encoder_network &a_e) { uint64_encode_network(0x0102030405060708ull, a_e); },
-         {1, 2, 3, 4, 5, 6, 7, 8}},
-        {"sint8", [](encoder_network &a_e) { sint8_encode_network(-2, a_e); }, {0xfe}},
-        {"sint16", [](encoder_network &a_e) { sint16_encode_network(-2, a_e); }, {0xff, 0xfe}},
-        {"sint32", [](encoder_network &a_e) { sint32_encode_network(-256, a_e); }, {0xff, 0xff, 0xff, 0x00}},
-        {"sint64",
-         [](encoder_network &a_e) { sint64_encode_network(std::numeric_limits<sint64>::min(), a_e); },
-         {0x80, 0, 0, 0, 0, 0, 0, 0}},
-        {"float32", [](encoder_network &a_e) { float32_encode_network(1.0f, a_e); }, {0x3f, 0x80, 0, 0}},
-        {"float64", [](encoder_network &a_e) { float64_encode_network(-2.0, a_e); }, {0xc0, 0, 0, 0, 0, 0, 0, 0}},
-    };
-    for (row const &l_row : l_rows) {
-        buffer l_message;
-        encoder_network l_encoder(l_message);
-        l_row.encode(l_encoder);
-        EXPECT_EQ(l_message, bytes(l_row.wire)) << l_row.name;
-        EXPECT_EQ(l_encoder.size(), l_row.wire.size()) << l_row.name;
-        EXPECT_EQ(l_encoder.end() - l_encoder.begin(), static_cast<long>(l_row.wire.size())) << l_row.name;
-    }
+    buffer l_message;
+    encoder_network l_encoder(l_message);
+    buffer_encode_network(bytes({1, 2, 3}), l_encoder);
+    string_encode_network("abc", l_encoder);
+    string_encode_network("", l_encoder);
+    buffer_encode_network(buffer(), l_encoder);
+    string_encode_network(std::string("a\0b", 3), l_encoder);
+    uint8_encode_network(0xab, l_encoder);
+    uint16_encode_network(0x1234, l_encoder);
+    uint32_encode_network(0x12345678, l_encoder);
+    uint64_encode_network(0x0102030405060708ull, l_encoder);
+    sint8_encode_network(-2, l_encoder);
+    sint16_encode_network(-2, l_encoder);
+    sint32_encode_network(-256, l_encoder);
+    sint64_encode_network(std::numeric_limits<sint64>::min(), l_encoder);
+    float32_encode_network(1.0f, l_encoder);
+    float64_encode_network(-2.0, l_encoder);
+    buffer const l_wire =
+        bytes({0, 0, 0, 3, 1, 2,    3,    0, 0,    0,    3,    0x61, 0x62, 0x63, 0,    0,    0,    0,
+               0, 0, 0, 0, 0, 0,    0,    3, 0x61, 0,    0x62, 0xab, 0x12, 0x34, 0x12, 0x34, 0x56, 0x78,
+               1, 2, 3, 4, 5, 6,    7,    8, 0xfe, 0xff, 0xfe, 0xff, 0xff, 0xff, 0x00, 0x80, 0,    0,
+               0, 0, 0, 0, 0, 0x3f, 0x80, 0, 0,    0xc0, 0,    0,    0,    0,    0,    0,    0});
+    EXPECT_EQ(l_message, l_wire);
+    EXPECT_EQ(l_encoder.size(), l_wire.size());
+    EXPECT_EQ(l_encoder.end() - l_encoder.begin(), static_cast<long>(l_wire.size()));
 }
 
 // One message of every item type, several times over, so that the items stand at every offset
 // modulo 8; taken apart again, it gives every value back and nothing is left.
 struct sample {
-    buffer blob = bytes({0, 1, 0xfe, 0xff, 0x80});
-    std::string text = std::string("na\0me", 5);
-    uint8 u8 = 0xfe;
-    uint16 u16 = 0xfedc;
-    uint32 u32 = 0xfedcba98u;
-    uint64 u64 = 0xfedcba9876543210ull;
-    sint8 s8 = -128;
-    sint16 s16 = -30000;
-    sint32 s32 = -2000000000;
-    sint64 s64 = -9000000000000000000ll;
-    float32 f32 = -1.5e-7f;
-    float64 f64 = 6.02214076e23;
+    buffer blob;
+    std::string text;
+    uint8 u8;
+    uint16 u16;
+    uint32 u32;
+    uint64 u64;
+    sint8 s8;
+    sint16 s16;
+    sint32 s32;
+    sint64 s64;
+    float32 f32;
+    float64 f64;
+
+    auto fields() const { return std::tie(blob, text, u8, u16, u32, u64, s8, s16, s32, s64, f32, f64); }
 };
+
+sample const k_sample = {bytes({0, 1, 0xfe, 0xff, 0x80}),
+                         std::string("na\0me", 5),
+                         0xfe,
+                         0xfedc,
+                         0xfedcba98u,
+                         0xfedcba9876543210ull,
+                         -128,
+                         -30000,
+                         -2000000000,
+                         -9000000000000000000ll,
+                         -1.5e-7f,
+                         6.02214076e23};
 
 void encode_sample(sample const &a_sample, encoder_network &a_encoder)
 {
@@ -121,19 +111,7 @@ void encode_sample(sample const &a_sample, encoder_network &a_encoder)
 
 sample decode_sample(decoder_network &a_decoder)
 {
-    sample l_sample;
-    l_sample.blob.clear();
-    l_sample.text.clear();
-    l_sample.u8 = 0;
-    l_sample.u16 = 0;
-    l_sample.u32 = 0;
-    l_sample.u64 = 0;
-    l_sample.s8 = 0;
-    l_sample.s16 = 0;
-    l_sample.s32 = 0;
-    l_sample.s64 = 0;
-    l_sample.f32 = 0;
-    l_sample.f64 = 0;
+    sample l_sample{};
     buffer_decode_network(l_sample.blob, a_decoder);
     uint8_decode_network(l_sample.u8, a_decoder);
     string_decode_network(l_sample.text, a_decoder);
@@ -152,34 +130,18 @@ sample decode_sample(decoder_network &a_decoder)
     return l_sample;
 }
 
-void expect_same(sample const &a_left, sample const &a_right)
-{
-    EXPECT_EQ(a_left.blob, a_right.blob);
-    EXPECT_EQ(a_left.text, a_right.text);
-    EXPECT_EQ(a_left.u8, a_right.u8);
-    EXPECT_EQ(a_left.u16, a_right.u16);
-    EXPECT_EQ(a_left.u32, a_right.u32);
-    EXPECT_EQ(a_left.u64, a_right.u64);
-    EXPECT_EQ(a_left.s8, a_right.s8);
-    EXPECT_EQ(a_left.s16, a_right.s16);
-    EXPECT_EQ(a_left.s32, a_right.s32);
-    EXPECT_EQ(a_left.s64, a_right.s64);
-    EXPECT_EQ(a_left.f32, a_right.f32);
-    EXPECT_EQ(a_left.f64, a_right.f64);
-}
-
 TEST(coding, every_item_type_round_trips)
 {
     buffer l_message;
     encoder_network l_encoder(l_message);
-    sample const l_sample;
+    sample const &l_sample = k_sample;
     for (int l_round = 0; l_round < 8; ++l_round) {
         encode_sample(l_sample, l_encoder);
         uint8_encode_network(static_cast<uint8>(l_round), l_encoder);
     }
     decoder_network l_decoder(l_message);
     for (int l_round = 0; l_round < 8; ++l_round) {
-        expect_same(decode_sample(l_decoder), l_sample);
+        EXPECT_EQ(decode_sample(l_decoder).fields(), l_sample.fields());
         uint8 l_round_tag = 0;
         uint8_decode_network(l_round_tag, l_decoder);
         EXPECT_EQ(l_round_tag, l_round);
@@ -190,7 +152,7 @@ TEST(coding, every_item_type_round_trips)
 
     l_decoder.clear();
     EXPECT_EQ(l_decoder.left(), l_message.size()) << "clear decodes the same data afresh";
-    expect_same(decode_sample(l_decoder), l_sample);
+    EXPECT_EQ(decode_sample(l_decoder).fields(), l_sample.fields());
 
     float64 l_nan = 0;
     buffer l_special;
@@ -211,34 +173,21 @@ TEST(coding, truncated_messages_raise_where_the_data_ends)
 {
     buffer l_message;
     encoder_network l_encoder(l_message);
-    encode_sample(sample(), l_encoder);
+    encode_sample(k_sample, l_encoder);
     buffer const l_whole = l_message;
     for (uint64 l_size = 0; l_size < l_whole.size(); ++l_size) {
         // A block of exactly the truncated size, so that a read past it is seen by the sanitizers.
         buffer l_truncated(l_whole.begin(), l_whole.begin() + l_size);
         decoder_network l_decoder(l_truncated);
-        expect_arg([&] { decode_sample(l_decoder); }, k_out_of_range, std::to_string(l_size));
+        EXPECT_EQ(raised_at<es::arg>([&] { decode_sample(l_decoder); }), k_out_of_range) << l_size;
         EXPECT_LE(l_decoder.left(), 8u) << l_size;
     }
 }
 
-TEST(coding, decoding_a_zero_length_leaves_the_destination)
+// A decoded buffer or string replaces the destination, except a zero length, which leaves it.
+TEST(coding, decoding_replaces_the_destination_unless_empty)
 {
-    buffer l_message = bytes({0, 0, 0, 0, 0, 0, 0, 0});
-    decoder_network l_decoder(l_message);
-    buffer l_blob = buffer_of("full");
-    buffer_decode_network(l_blob, l_decoder);
-    EXPECT_EQ(text_of(l_blob), "full");
-    EXPECT_EQ(l_decoder.left(), 4u);
-    std::string l_text = "full";
-    string_decode_network(l_text, l_decoder);
-    EXPECT_EQ(l_text, "full");
-    EXPECT_EQ(l_decoder.left(), 0u);
-}
-
-TEST(coding, decoding_replaces_the_destination)
-{
-    buffer l_message = bytes({0, 0, 0, 2, 'x', 'y', 0, 0, 0, 1, 'z'});
+    buffer l_message = bytes({0, 0, 0, 2, 'x', 'y', 0, 0, 0, 1, 'z', 0, 0, 0, 0, 0, 0, 0, 0});
     decoder_network l_decoder(l_message);
     buffer l_blob = buffer_of("longer content");
     buffer_decode_network(l_blob, l_decoder);
@@ -246,6 +195,12 @@ TEST(coding, decoding_replaces_the_destination)
     std::string l_text = "longer content";
     string_decode_network(l_text, l_decoder);
     EXPECT_EQ(l_text, "z");
+    buffer_decode_network(l_blob, l_decoder);
+    EXPECT_EQ(text_of(l_blob), "xy");
+    EXPECT_EQ(l_decoder.left(), 4u);
+    string_decode_network(l_text, l_decoder);
+    EXPECT_EQ(l_text, "z");
+    EXPECT_EQ(l_decoder.left(), 0u);
 }
 
 TEST(coding, lengths_need_four_bytes_and_their_bytes_behind_them)
@@ -253,35 +208,19 @@ TEST(coding, lengths_need_four_bytes_and_their_bytes_behind_them)
     buffer l_short = bytes({0, 0, 0});
     decoder_network l_decoder(l_short);
     buffer l_blob;
-    expect_arg([&] { buffer_decode_network(l_blob, l_decoder); }, k_out_of_range, "3 bytes");
+    EXPECT_EQ(raised_at<es::arg>([&] { buffer_decode_network(l_blob, l_decoder); }), k_out_of_range);
     EXPECT_EQ(l_decoder.left(), 3u) << "nothing is taken by a failed length";
 
     buffer l_long = bytes({0, 0, 0, 10, 1, 2, 3, 4});
     l_decoder.set(l_long);
     std::string l_text = "kept";
-    expect_arg([&] { string_decode_network(l_text, l_decoder); }, k_out_of_range, "length 10, 4 bytes");
+    EXPECT_EQ(raised_at<es::arg>([&] { string_decode_network(l_text, l_decoder); }), k_out_of_range);
     EXPECT_EQ(l_decoder.left(), 4u) << "the length has been consumed";
     EXPECT_EQ(l_text, "kept");
 
     buffer l_huge = bytes({0xff, 0xff, 0xff, 0xff, 1});
     l_decoder.set(l_huge);
-    expect_arg([&] { buffer_decode_network(l_blob, l_decoder); }, k_out_of_range, "length 2^32 - 1");
-}
-
-TEST(coding, have_compares_with_the_bytes_left)
-{
-    buffer l_empty;
-    decoder_network l_decoder(l_empty);
-    EXPECT_TRUE(l_decoder.have(0));
-    EXPECT_FALSE(l_decoder.have(1));
-    buffer l_five = bytes({1, 2, 3, 4, 5});
-    l_decoder.set(l_five);
-    EXPECT_TRUE(l_decoder.have(5));
-    EXPECT_FALSE(l_decoder.have(6));
-    l_decoder.skip(2);
-    EXPECT_TRUE(l_decoder.have(3));
-    EXPECT_FALSE(l_decoder.have(4));
-    EXPECT_TRUE(l_decoder.have(0));
+    EXPECT_EQ(raised_at<es::arg>([&] { buffer_decode_network(l_blob, l_decoder); }), k_out_of_range);
 }
 
 // The range checks at their limits: exactly enough bytes work, one more raises and moves nothing.
@@ -296,15 +235,15 @@ TEST(coding, range_checks_at_their_limits)
     l_decoder.peek(l_out, 2, 4);
     EXPECT_EQ(l_out[0], 16);
     EXPECT_EQ(l_out[1], 17);
-    expect_arg([&] { l_decoder.peek(l_out, 3, 4); }, k_out_of_range, "peek");
-    expect_arg([&] { l_decoder.peek(l_out, 0, 7); }, k_out_of_range, "peek behind the end");
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.peek(l_out, 3, 4); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.peek(l_out, 0, 7); }), k_out_of_range);
     EXPECT_EQ(l_decoder.here(0, 6), l_decoder.end());
     EXPECT_EQ(*l_decoder.here(1, 5), 17);
-    expect_arg([&] { l_decoder.here(2, 5); }, k_out_of_range, "here");
-    expect_arg([&] { l_decoder.here(~uint64(0), 2); }, k_out_of_range, "here with a sum past 64 bits");
-    expect_arg([&] { l_decoder.here(2, ~uint64(0)); }, k_out_of_range, "here with a sum past 64 bits");
-    expect_arg([&] { l_decoder.read(l_out, 7); }, k_out_of_range, "read");
-    expect_arg([&] { l_decoder.advance(4, 3); }, k_out_of_range, "advance");
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.here(2, 5); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.here(~uint64(0), 2); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.here(2, ~uint64(0)); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.read(l_out, 7); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.advance(4, 3); }), k_out_of_range);
     EXPECT_EQ(l_decoder.left(), 6u) << "a failed operation moves nothing";
 
     EXPECT_EQ(*l_decoder.advance(1, 2), 14);
@@ -323,9 +262,9 @@ TEST(coding, skip_to_the_end_and_not_past_it)
     decoder_network l_decoder(l_data);
     EXPECT_EQ(*l_decoder.skip(1), 2);
     EXPECT_EQ(l_decoder.skip(l_decoder.left()), l_decoder.end());
-    expect_arg([&] { l_decoder.skip(1); }, "skipping buffer past end");
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.skip(1); }), "skipping buffer past end @ coding.cpp");
     l_decoder.clear();
-    expect_arg([&] { l_decoder.skip(6); }, "skipping buffer past end");
+    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.skip(6); }), "skipping buffer past end @ coding.cpp");
     EXPECT_EQ(l_decoder.left(), 5u);
     EXPECT_EQ(l_decoder.skip(0), l_decoder.begin());
 }
@@ -337,7 +276,7 @@ TEST(coding, cut_takes_back_the_end)
     uint32_encode_network(0x01020304, l_encoder);
     l_encoder.cut(4);
     EXPECT_EQ(l_message, bytes({1, 2, 3, 4}));
-    expect_arg([&] { l_encoder.cut(5); }, "cutting buffer past end");
+    EXPECT_EQ(raised_at<es::arg>([&] { l_encoder.cut(5); }), "cutting buffer past end @ coding.cpp");
     EXPECT_EQ(l_message, bytes({1, 2, 3, 4}));
     l_encoder.cut(1);
     EXPECT_EQ(l_message, bytes({1}));
@@ -517,7 +456,7 @@ TEST(coding, decoder_over_a_buffer_shortened_behind_its_back)
     EXPECT_EQ(l_decoder.left(), 0u);
     EXPECT_FALSE(l_decoder.have(1));
     uint8 l_value = 0;
-    expect_arg([&] { uint8_decode_network(l_value, l_decoder); }, k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { uint8_decode_network(l_value, l_decoder); }), k_out_of_range);
     l_decoder.normalize();
     EXPECT_TRUE(l_data.empty());
     EXPECT_EQ(l_decoder.left(), 0u);

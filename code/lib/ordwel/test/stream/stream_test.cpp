@@ -16,6 +16,7 @@ namespace {
 
 using namespace ordwel;
 using ordwel_test::buffer_of;
+using ordwel_test::raised_at;
 using ordwel_test::recording_wr;
 using ordwel_test::scripted_rd;
 using ordwel_test::text_of;
@@ -99,23 +100,9 @@ TEST(stream, range_failures_carry_the_null_message_and_their_source_file)
     stream::mem l_mem(l_bytes, sizeof l_bytes);
     buffer l_buffer;
     stream::buf l_buf(l_buffer);
-    struct row {
-        char const *file;
-        void (*provoke)(stream::mem &, stream::buf &);
-    } const l_rows[] = {
-        {"stream_mem.cpp", [](stream::mem &a_mem, stream::buf &) { a_mem.seek(5, stream::begin); }},
-        {"stream_mem.cpp", [](stream::mem &a_mem, stream::buf &) { a_mem.write("abcde", 5); }},
-        {"stream_buf.cpp", [](stream::mem &, stream::buf &a_buf) { a_buf.seek(1, stream::current); }},
-    };
-    for (row const &l_row : l_rows) {
-        try {
-            l_row.provoke(l_mem, l_buf);
-            ADD_FAILURE() << "no exception from " << l_row.file;
-        } catch (es::range const &l_error) {
-            EXPECT_STREQ(l_error.what(), "n/a");
-            EXPECT_STREQ(l_error.file(), l_row.file);
-        }
-    }
+    EXPECT_EQ(raised_at<es::range>([&] { l_mem.seek(5, stream::begin); }), "n/a @ stream_mem.cpp");
+    EXPECT_EQ(raised_at<es::range>([&] { l_mem.write("abcde", 5); }), "n/a @ stream_mem.cpp");
+    EXPECT_EQ(raised_at<es::range>([&] { l_buf.seek(1, stream::current); }), "n/a @ stream_buf.cpp");
 }
 
 TEST(stream, reads_stop_at_the_end_and_peek_leaves_the_position)
@@ -408,13 +395,9 @@ TEST(stream, read_with_required_size_table)
         scripted_rd l_source(l_row.data, l_row.pieces);
         std::string l_destination(l_row.size + 1, '.');
         if (l_row.expected < 0) {
-            try {
-                stream::read(l_source, &l_destination[0], l_row.size, l_row.required);
-                ADD_FAILURE() << "no es::uflow";
-            } catch (es::uflow const &l_error) {
-                EXPECT_STREQ(l_error.what(), "n/a");
-                EXPECT_STREQ(l_error.file(), "stream_rd.cpp");
-            }
+            EXPECT_EQ(
+                raised_at<es::uflow>([&] { stream::read(l_source, &l_destination[0], l_row.size, l_row.required); }),
+                "n/a @ stream_rd.cpp");
         } else {
             EXPECT_EQ(stream::read(l_source, &l_destination[0], l_row.size, l_row.required),
                       static_cast<uint64>(l_row.expected));

@@ -53,12 +53,25 @@ template <class F> bool eventually(F a_condition)
 }
 
 // The what() of the E that a_action raises, or "nothing raised"; any other exception passes on.
+// The one way for tests to check a failure and its message.
 template <class E = ordwel::es::base, class F> std::string raised_text(F a_action)
 {
     try {
         a_action();
     } catch (E const &l_error) {
         return l_error.what();
+    }
+    return "nothing raised";
+}
+
+// As raised_text, for the library's own exceptions: "<what()> @ <file()>", so that a test also
+// checks which source file raised it.
+template <class E = ordwel::es::base, class F> std::string raised_at(F a_action)
+{
+    try {
+        a_action();
+    } catch (E const &l_error) {
+        return std::string(l_error.what()) + " @ " + static_cast<ordwel::es::base const &>(l_error).file();
     }
     return "nothing raised";
 }

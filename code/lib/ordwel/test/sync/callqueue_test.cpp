@@ -113,13 +113,7 @@ TEST(callqueue, who_adds_and_the_flags_decide_when_a_call_runs)
 TEST(callqueue, owner_call_raising_at_once_reaches_the_caller)
 {
     auto const l_call = make_call([] { throw std::runtime_error("from the call"); });
-    std::string l_text;
-    try {
-        queue().add_call(l_call, "raising", 0);
-    } catch (std::runtime_error const &l_error) {
-        l_text = l_error.what();
-    }
-    EXPECT_EQ(l_text, "from the call");
+    EXPECT_EQ(raised_text<std::runtime_error>([&] { queue().add_call(l_call, "raising", 0); }), "from the call");
 }
 
 TEST(callqueue, queue_keeps_calls_alive_until_they_have_run)

@@ -9,6 +9,8 @@
 #include <ordwel/es.h>
 #include <ordwel/timestamp.h>
 
+#include "support/test_support.h"
+
 namespace {
 
 using namespace ordwel;
@@ -83,13 +85,8 @@ TEST(egg_clock, rings_strictly_after_its_length)
 
 TEST(clock, sleeping)
 {
-    try {
-        sleep_microseconds(10);
-        ADD_FAILURE() << "sleep_microseconds returned";
-    } catch (es::unsupp const &l_error) {
-        EXPECT_STREQ(l_error.what(), "Sleep microseconds not implemented!");
-        EXPECT_STREQ(static_cast<es::base const &>(l_error).file(), "clock.cpp");
-    }
+    EXPECT_EQ(ordwel_test::raised_at<es::unsupp>([] { sleep_microseconds(10); }),
+              "Sleep microseconds not implemented! @ clock.cpp");
     unsigned long long l_start = time_now();
     sleep_milliseconds(30);
     EXPECT_GE(elapsed_seconds(l_start), 0.029);
