@@ -8,7 +8,7 @@
 #include <ordwel/path.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/timecode.h>
-#include <ordwel/url.h>
+#include <ordwel/url_parts.h>
 
 #include "options.h"
 
@@ -39,6 +39,13 @@ bool number_with_text(std::string const &a_text, long long &a_number)
     return true;
 }
 
+// The part that a --scheme ... --fragment option edits, or nullptr for any other option.
+url_part const *url_part_of_option(int a_id)
+{
+    int const l_index = k_opt_url_part - a_id;
+    return l_index >= 0 && l_index < static_cast<int>(k_url_part_count) ? &k_url_parts[l_index] : nullptr;
+}
+
 } // namespace
 
 int run_url(command_input const &a_input)
@@ -51,61 +58,19 @@ int run_url(command_input const &a_input)
     bool const l_encode = a_input.has(k_opt_encode);
     bool l_edited = false;
     for (auto const &l_option : a_input.m_options) {
-        std::string const &l_value = l_option.second;
-        switch (l_option.first) {
-        case k_opt_url_scheme:
-            url_set_scheme(l_url, l_value);
-            break;
-        case k_opt_url_authority:
-            url_set_authority(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_domain:
-            url_set_domain(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_user:
-            url_set_user(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_password:
-            url_set_password(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_host:
-            url_set_host(l_url, l_value);
-            break;
-        case k_opt_url_service:
-            url_set_service(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_path:
-            url_set_path(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_params:
-            url_set_params(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_query:
-            url_set_query(l_url, l_value, l_encode);
-            break;
-        case k_opt_url_fragment:
-            url_set_fragment(l_url, l_value, l_encode);
-            break;
-        default:
-            continue;
+        url_part const *const l_part = url_part_of_option(l_option.first);
+        if (l_part != nullptr) {
+            l_part->m_set(l_url, l_option.second, l_encode);
+            l_edited = true;
         }
-        l_edited = true;
     }
     if (l_edited) {
         std::printf("%s\n", l_url.c_str());
         return k_exit_ok;
     }
-    print_part("scheme", url_scheme(l_url));
-    print_part("authority", url_authority(l_url, l_decode));
-    print_part("domain", url_domain(l_url, l_decode));
-    print_part("user", url_user(l_url, l_decode));
-    print_part("password", url_password(l_url, l_decode));
-    print_part("host", url_host(l_url));
-    print_part("service", url_service(l_url, l_decode));
-    print_part("path", url_path(l_url, l_decode));
-    print_part("params", url_params(l_url, l_decode));
-    print_part("query", url_query(l_url, l_decode));
-    print_part("fragment", url_fragment(l_url, l_decode));
+    for (url_part const &l_part : k_url_parts) {
+        print_part(l_part.m_name, l_part.m_get(l_url, l_decode));
+    }
     return k_exit_ok;
 }
 

@@ -14,18 +14,9 @@ constexpr int k_opt_list = 'l';
 
 constexpr int k_opt_decode = 'd';
 constexpr int k_opt_encode = 'e';
-// One long-only option for each part of a URL, from the scheme to the fragment.
-constexpr int k_opt_url_scheme = -10;
-constexpr int k_opt_url_authority = -11;
-constexpr int k_opt_url_domain = -12;
-constexpr int k_opt_url_user = -13;
-constexpr int k_opt_url_password = -14;
-constexpr int k_opt_url_host = -15;
-constexpr int k_opt_url_service = -16;
-constexpr int k_opt_url_path = -17;
-constexpr int k_opt_url_params = -18;
-constexpr int k_opt_url_query = -19;
-constexpr int k_opt_url_fragment = -20;
+// One long-only option for each part of a URL, from the scheme to the fragment: the part at index i
+// of ordwel::k_url_parts has the id k_opt_url_part - i.
+constexpr int k_opt_url_part = -10;
 
 constexpr int k_opt_separator = 's';
 

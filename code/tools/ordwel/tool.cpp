@@ -1,8 +1,10 @@
 #include "toolbox.h"
 
+#include <cstddef>
 #include <cstring>
 #include <vector>
 
+#include <ordwel/url_parts.h>
 #include <ordwel/version.h>
 
 #include "options.h"
@@ -100,17 +102,9 @@ void add_url_options(optparser &a_parser)
 {
     a_parser.add_opt(k_opt_decode, "decode", 0, 0);
     a_parser.add_opt(k_opt_encode, "encode", 0, 0);
-    a_parser.add_opt(k_opt_url_scheme, "scheme", 1, 1);
-    a_parser.add_opt(k_opt_url_authority, "authority", 1, 1);
-    a_parser.add_opt(k_opt_url_domain, "domain", 1, 1);
-    a_parser.add_opt(k_opt_url_user, "user", 1, 1);
-    a_parser.add_opt(k_opt_url_password, "password", 1, 1);
-    a_parser.add_opt(k_opt_url_host, "host", 1, 1);
-    a_parser.add_opt(k_opt_url_service, "service", 1, 1);
-    a_parser.add_opt(k_opt_url_path, "path", 1, 1);
-    a_parser.add_opt(k_opt_url_params, "params", 1, 1);
-    a_parser.add_opt(k_opt_url_query, "query", 1, 1);
-    a_parser.add_opt(k_opt_url_fragment, "fragment", 1, 1);
+    for (std::size_t l_index = 0; l_index < ordwel::k_url_part_count; ++l_index) {
+        a_parser.add_opt(k_opt_url_part - static_cast<int>(l_index), ordwel::k_url_parts[l_index].m_name, 1, 1);
+    }
 }
 
 void add_path_options(optparser &a_parser)

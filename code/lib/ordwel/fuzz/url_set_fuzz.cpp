@@ -10,6 +10,7 @@
 #include <string>
 
 #include <ordwel/url.h>
+#include <ordwel/url_parts.h>
 
 namespace {
 
@@ -22,31 +23,19 @@ void check(bool a_condition)
 
 using kvmap = std::map<std::string, std::string>;
 
+// Operations 0 to 9 edit the parts from the authority to the fragment through the parts table
+// (table_part serves these only); 10 to 14 are the scheme's uri form, the scheme-specific part and
+// the map forms, 15 corrects the domain.
+ordwel::url_part const &table_part(unsigned a_which)
+{
+    return ordwel::k_url_parts[1 + a_which % 16];
+}
+
 std::string &set_part(std::string &a_url, unsigned a_which, std::string const &a_value, bool a_encode,
                       kvmap const &a_map)
 {
     using namespace ordwel;
     switch (a_which % 16) {
-    case 0:
-        return url_set_authority(a_url, a_value, a_encode);
-    case 1:
-        return url_set_domain(a_url, a_value, a_encode);
-    case 2:
-        return url_set_user(a_url, a_value, a_encode);
-    case 3:
-        return url_set_password(a_url, a_value, a_encode);
-    case 4:
-        return url_set_host(a_url, a_value);
-    case 5:
-        return url_set_service(a_url, a_value, a_encode);
-    case 6:
-        return url_set_path(a_url, a_value, a_encode);
-    case 7:
-        return url_set_params(a_url, a_value, a_encode);
-    case 8:
-        return url_set_query(a_url, a_value, a_encode);
-    case 9:
-        return url_set_fragment(a_url, a_value, a_encode);
     case 10:
         return uri_set_scheme(a_url, a_value);
     case 11:
@@ -57,9 +46,11 @@ std::string &set_part(std::string &a_url, unsigned a_which, std::string const &a
         return url_set_query(a_url, a_map, a_encode, '&', '=');
     case 14:
         return url_set_fragment(a_url, a_map, a_encode, '&', '=');
-    default:
+    case 15:
         url_correct_domain(a_url);
         return a_url;
+    default:
+        return table_part(a_which).m_set(a_url, a_value, a_encode);
     }
 }
 
@@ -68,26 +59,6 @@ std::string new_part(std::string const &a_url, unsigned a_which, std::string con
 {
     using namespace ordwel;
     switch (a_which % 16) {
-    case 0:
-        return url_new_authority(a_url, a_value, a_encode);
-    case 1:
-        return url_new_domain(a_url, a_value, a_encode);
-    case 2:
-        return url_new_user(a_url, a_value, a_encode);
-    case 3:
-        return url_new_password(a_url, a_value, a_encode);
-    case 4:
-        return url_new_host(a_url, a_value);
-    case 5:
-        return url_new_service(a_url, a_value, a_encode);
-    case 6:
-        return url_new_path(a_url, a_value, a_encode);
-    case 7:
-        return url_new_params(a_url, a_value, a_encode);
-    case 8:
-        return url_new_query(a_url, a_value, a_encode);
-    case 9:
-        return url_new_fragment(a_url, a_value, a_encode);
     case 10:
         return uri_new_scheme(a_url, a_value);
     case 11:
@@ -98,11 +69,13 @@ std::string new_part(std::string const &a_url, unsigned a_which, std::string con
         return url_new_query(a_url, a_map, a_encode, '&', '=');
     case 14:
         return url_new_fragment(a_url, a_map, a_encode, '&', '=');
-    default: {
+    case 15: {
         std::string l_copy(a_url);
         url_correct_domain(l_copy);
         return l_copy;
     }
+    default:
+        return table_part(a_which).m_new(a_url, a_value, a_encode);
     }
 }
 
@@ -200,7 +173,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_
     // unless the value brings a '#' of its own (host and scheme are never encoded). Correcting the
     // domain writes decoded user text unencoded, so it may bring one as well.
     unsigned const l_op = l_which % 16;
-    bool const l_raw = !l_encode || l_op == 4 || l_op == 10;
+    bool const l_raw = !l_encode || l_op == 10 || (l_op < 10 && !table_part(l_op).m_coded);
     bool const l_brings_hash = l_raw && l_value.find('#') != std::string::npos;
     if (l_op != 9 && l_op != 11 && l_op != 14 && l_op != 15 && !l_brings_hash) {
         check(url_fragment(l_edited, false) == url_fragment(l_url, false));

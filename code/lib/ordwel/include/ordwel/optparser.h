@@ -112,7 +112,6 @@ public:
     void clear_screen();
 
 private:
-    opts::const_iterator get(char const *a_name) const;
     void add_desc(char a_short_name, std::string const &a_long_name, std::string const &a_text);
     void set_column(unsigned int a_count);
     void set_level(unsigned int a_level);

@@ -38,6 +38,7 @@
 #include <ordwel/uri_ids.h>
 #include <ordwel/url.h>
 #include <ordwel/url_convert.h>
+#include <ordwel/url_parts.h>
 #include <ordwel/version.h>
 
 #endif

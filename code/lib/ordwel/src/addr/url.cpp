@@ -85,7 +85,11 @@ struct url_layout {
 };
 
 // The fragment's start and the scheme: whatever stands in front of the first ':', unless a '/' or
-// '#' comes first.
+// '#' comes first. A '/' first makes the text a relative path with a colon in one of its segments
+// ("dir/a:b"); a '#' first makes the colon fragment text. Nothing else is asked of a scheme, so a
+// drive letter ("C:/dir") reads as one: a caller that means a platform path converts it first.
+// The fragment is found before everything else because it ends every other part: no delimiter
+// behind the first '#' counts.
 void scan_scheme(char const *a_data, size_type a_size, url_layout &a_layout)
 {
     size_type const l_e = find_byte(a_data, '#', 0, a_size);
@@ -98,6 +102,32 @@ void scan_scheme(char const *a_data, size_type a_size, url_layout &a_layout)
     }
 }
 
+// Where an authority that starts at a_a ends: at the first '/' or '?' (the path or the query
+// begins), or at a ';' that opens the params. A ';' is that only behind the user information's
+// '@' or behind a bracketed host. In front of an '@' it divides the logon domain from the user, so
+// it can't end anything there, and in an authority with neither '@' nor brackets there is no way
+// to tell params from host text, so it is host text ("x://host;p" has the host "host;p"). Brackets
+// hide the colons of an IPv6 address; an unclosed '[' runs to the fragment. Nothing behind the '#'
+// counts: a delimiter that is found only there leaves the authority running up to the fragment.
+size_type authority_end(char const *a_data, size_type a_a, size_type a_e)
+{
+    size_type l_x = find_any<'@', '/', '?', '['>(a_data, a_a, a_e);
+    // Behind the first '@' a further '@' is no delimiter of the authority: which '@' ends the user
+    // information is for scan_userinfo to say (the last one).
+    if (l_x < a_e && a_data[l_x] == '@') {
+        l_x = find_any<'/', ';', '?', '['>(a_data, l_x + 1, a_e);
+    }
+    if (l_x < a_e && a_data[l_x] == '[') {
+        l_x = find_byte(a_data, ']', l_x + 1, a_e);
+        if (l_x < a_e) {
+            l_x = find_any<'/', ';', '?'>(a_data, l_x + 1, a_e);
+        }
+    }
+    return l_x;
+}
+
+// The authority needs the "//": without it the text behind the scheme is a path, whatever it
+// holds ("mailto:user@host" has no user).
 url_layout scan(char const *a_data, size_type a_size)
 {
     url_layout l_layout;
@@ -108,28 +138,8 @@ url_layout scan(char const *a_data, size_type a_size)
         l_layout.m_a = l_layout.m_b = l_s;
         return l_layout;
     }
-
-    // Before an '@' a ';' divides domain from user, behind it (or behind a bracketed host) it ends
-    // the authority. Brackets hide the colons of an IPv6 address. Nothing behind the '#' counts: a
-    // delimiter that is found only there leaves the authority running up to the fragment.
-    size_type const l_a = l_s + 2;
-    size_type l_x = find_any<'@', '/', '?', '['>(a_data, l_a, l_e);
-    while (l_x < l_e) {
-        char const l_byte = a_data[l_x];
-        if (l_byte == '@') {
-            l_x = find_any<'/', ';', '?', '['>(a_data, l_x + 1, l_e);
-            continue;
-        }
-        if (l_byte == '[') {
-            l_x = find_byte(a_data, ']', l_x + 1, l_e);
-            if (l_x < l_e) {
-                l_x = find_any<'/', ';', '?'>(a_data, l_x + 1, l_e);
-            }
-        }
-        break;
-    }
-    l_layout.m_a = l_a;
-    l_layout.m_b = l_x;
+    l_layout.m_a = l_s + 2;
+    l_layout.m_b = authority_end(a_data, l_layout.m_a, l_e);
     return l_layout;
 }
 
@@ -143,6 +153,9 @@ struct userinfo_layout {
     size_type m_colon = 0;     // the ':' in front of the password, or m_u without one
 };
 
+// The last '@' ends the user information, so a user name may hold an '@' as it is ("a@b" in
+// "x://a@b@c/"); a host never holds one. The first ';' in front of it ends the logon domain, and
+// the first ':' behind the domain divides user from password, so a password may hold a ':'.
 userinfo_layout scan_userinfo(char const *a_data, url_layout const &a_layout)
 {
     userinfo_layout l_info;
@@ -165,6 +178,10 @@ struct host_layout {
     size_type m_t = 0;
 };
 
+// The host ends at its first ':', the one in front of the service. The colons of an IPv6 address
+// stand inside brackets, so a '[' moves the search behind the matching ']'. The service is whatever
+// follows up to the authority's end, colons included ("x://host:1:2/" has the service "1:2"): it
+// is a port number or a service name, and never interpreted here.
 host_layout scan_host(char const *a_data, url_layout const &a_layout, userinfo_layout const &a_info)
 {
     host_layout l_host;
@@ -188,6 +205,9 @@ struct tail_layout {
     size_type m_semicolon = 0; // the ';' in front of the params, or m_q without params
 };
 
+// The path ends at its first ';' or '?'. The params run from that ';' to the first '?', so a ';'
+// behind the '?' is query text ("x://h/p;a=1?b;c"), and a '?' or ';' inside the query or a '#'
+// inside the fragment is text of that part: only the first of each delimiter counts.
 tail_layout scan_tail(char const *a_data, url_layout const &a_layout)
 {
     tail_layout l_tail;
@@ -363,7 +383,8 @@ std::string kvtext(kvmap const &a_values, bool a_encode, char a_pair, char a_kv)
 // --- Editing steps ------------------------------------------------------------------------------
 
 // Before a part is written at the end of the authority: whatever follows there without a delimiter
-// of its own becomes a path behind the authority.
+// of its own becomes a path behind the authority. Without the '/' that text would run on the
+// new part and be read as part of it ("x:dir" given a host "h" would be "x://hdir").
 void open_authority(std::string &a_url, size_type a_position, size_type a_b)
 {
     if (a_position != a_b || a_position >= a_url.size()) {
@@ -375,7 +396,8 @@ void open_authority(std::string &a_url, size_type a_position, size_type a_b)
     }
 }
 
-// After a part was written at the start of the authority: the authority gets its "//".
+// After a part was written at the start of the authority: the authority gets its "//", without
+// which the part would be read as the path.
 void mark_authority(std::string &a_url, size_type a_position)
 {
     if (a_position == 0 || a_url[a_position - 1] != '/') {
@@ -383,7 +405,9 @@ void mark_authority(std::string &a_url, size_type a_position)
     }
 }
 
-// Removes the "//" in front of an authority that starts at a_a, where there is one.
+// Removes the "//" in front of an authority that starts at a_a, where there is one: a removal that
+// empties the authority takes its mark along, so that "scheme://host" without its host is
+// "scheme:", not an empty authority.
 void erase_mark(std::string &a_url, size_type a_a)
 {
     if (a_a >= 2 && a_url[a_a - 1] == '/' && a_url[a_a - 2] == '/') {
@@ -392,6 +416,8 @@ void erase_mark(std::string &a_url, size_type a_a)
 }
 
 // params, query and fragment: the stretch [a_from, a_to) and whether its delimiter stands in front.
+// A new part gets its delimiter (';', '?' or '#') unless one stands there already, as it does
+// where the part was present but empty ("x:/p?").
 std::string &set_delimited(std::string &a_url, size_type a_from, size_type a_to, bool a_present, char a_delimiter,
                            std::string const &a_value, bool a_encode)
 {
@@ -615,7 +641,11 @@ std::pair<std::string, std::string> split_scheme(std::string const &a_text, char
 }
 
 // --- Editing the authority ----------------------------------------------------------------------
+// Each setter writes its part and the delimiters that make the scan find it again, and a removal
+// takes only the delimiters that no remaining part needs. Values are encoded with '/' as well: a
+// '/' written into the authority would end it.
 
+// The whole authority goes or is replaced; its "//" goes with it or comes with a new one.
 std::string &url_set_authority(std::string &a_url, std::string const &a_value, bool a_encode)
 {
     url_layout const l_layout = scan(a_url.data(), a_url.size());
@@ -642,6 +672,7 @@ std::string &url_set_domain(std::string &a_url, std::string const &a_value, bool
     userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
     size_type const l_a = l_layout.m_a;
     if (a_value.empty()) {
+        // The domain and its ';'; the '@' stays for the user information that may follow.
         if (l_a != 0 && l_info.m_has_domain) {
             size_type const l_end = l_info.m_c + 1;
             a_url.erase(l_a, l_end - l_a);
@@ -655,7 +686,10 @@ std::string &url_set_domain(std::string &a_url, std::string const &a_value, bool
     if (l_info.m_has_domain) {
         l_end = l_info.m_c;
     } else if (l_a == l_layout.m_b || a_url[l_a] != ';') {
-        // A domain always comes with its ';' and the '@' that ends the user information.
+        // A domain always comes with its ';' and the '@' that ends the user information, even
+        // without a user: the ';' divides domain from user only in front of an '@', and without one
+        // it would be read as host text. Both go in at l_a, the '@' first, so that the text reads
+        // ";@".
         if (l_a == l_layout.m_b) {
             open_authority(a_url, l_a, l_layout.m_b);
         }
@@ -679,10 +713,13 @@ std::string &url_set_user(std::string &a_url, std::string const &a_value, bool a
         if (l_s == 0) {
             return a_url;
         }
+        // Behind a domain the ';' and the '@' stay: the domain needs both.
         if (l_info.m_has_domain) {
             a_url.erase(l_s, l_end - l_s);
             return a_url;
         }
+        // Without one the user's '@' goes with it, unless a password stands between them and keeps
+        // the '@' for itself.
         size_type l_cut = l_end;
         if (l_cut < a_url.size() && a_url[l_cut] == '@') {
             ++l_cut;
@@ -693,6 +730,8 @@ std::string &url_set_user(std::string &a_url, std::string const &a_value, bool a
         }
         return a_url;
     }
+    // A new user needs the '@' that tells it from the host, unless one follows already: directly,
+    // behind an empty user ("x://d;@h"), or behind a password (":pw@").
     if (l_s == l_end) {
         if (l_s == l_layout.m_b) {
             open_authority(a_url, l_s, l_layout.m_b);
@@ -719,6 +758,7 @@ std::string &url_set_password(std::string &a_url, std::string const &a_value, bo
         if (l_p == 0) {
             return a_url;
         }
+        // The password and its ':'; the '@' stays, as the user may still need it.
         if (l_has_password) {
             a_url.erase(l_info.m_colon, l_u - l_info.m_colon);
         }
@@ -727,6 +767,8 @@ std::string &url_set_password(std::string &a_url, std::string const &a_value, bo
         }
         return a_url;
     }
+    // A password needs the '@' behind it, or "user:password" would read as host and service, and
+    // the ':' in front of it, which divides it from the user (even an empty one: "x://:pw@host").
     if (l_p == l_u) {
         if (l_p == l_layout.m_b) {
             open_authority(a_url, l_p, l_layout.m_b);
@@ -745,6 +787,8 @@ std::string &url_set_password(std::string &a_url, std::string const &a_value, bo
     return a_url;
 }
 
+// The host is never encoded and gets no brackets: the caller writes an IPv6 address in its
+// brackets, without which its first ':' would start the service.
 std::string &url_set_host(std::string &a_url, std::string const &a_value)
 {
     url_layout const l_layout = scan(a_url.data(), a_url.size());
@@ -755,6 +799,8 @@ std::string &url_set_host(std::string &a_url, std::string const &a_value)
         if (l_h == 0) {
             return a_url;
         }
+        // A host that was the whole authority takes the "//" along; user information or a service
+        // keeps it.
         a_url.erase(l_h, l_end - l_h);
         if (l_end == l_layout.m_b && a_url[l_h - 1] == '/') {
             erase_mark(a_url, l_h);
@@ -765,6 +811,7 @@ std::string &url_set_host(std::string &a_url, std::string const &a_value)
         open_authority(a_url, l_h, l_layout.m_b);
     }
     a_url.replace(l_h, l_end - l_h, a_value);
+    // Behind user information the host stands behind its '@'.
     if (l_h == l_layout.m_a) {
         mark_authority(a_url, l_h);
     } else if (a_url[l_h - 1] != '@') {
@@ -773,6 +820,7 @@ std::string &url_set_host(std::string &a_url, std::string const &a_value)
     return a_url;
 }
 
+// The service stands behind the host's ':', which comes and goes with it.
 std::string &url_set_service(std::string &a_url, std::string const &a_value, bool a_encode)
 {
     url_layout const l_layout = scan(a_url.data(), a_url.size());
@@ -816,13 +864,17 @@ std::string &url_set_path(std::string &a_url, std::string const &a_value, bool a
     size_type const l_end = find_any<';', '?'>(a_url.data(), l_p, l_layout.m_e);
     std::string const l_value = encoded(a_value, a_encode, false);
     a_url.replace(l_p, l_end - l_p, l_value);
-    // Behind an authority a path is rooted; behind a bare scheme it may stay relative.
+    // Behind an authority a path is rooted, or its first segment would read as part of the
+    // authority; behind a bare scheme, or with nothing in front, it may stay relative ("x:n").
+    // Encoding keeps the '/' separators.
     if (!l_value.empty() && l_p != 0 && a_url[l_p - 1] != ':' && l_value[0] != '/') {
         a_url.insert(l_p, 1, '/');
     }
     return a_url;
 }
 
+// The params go between the path and the query. Right behind an authority without an '@' they
+// read back as host text, since there a ';' is no delimiter; the scan of the authority says why.
 std::string &url_set_params(std::string &a_url, std::string const &a_value, bool a_encode)
 {
     url_layout const l_layout = scan(a_url.data(), a_url.size());
@@ -832,6 +884,8 @@ std::string &url_set_params(std::string &a_url, std::string const &a_value, bool
                          a_encode);
 }
 
+// The query runs from the first '?' behind the path's start up to the fragment; a new one goes in
+// right in front of the fragment.
 std::string &url_set_query(std::string &a_url, std::string const &a_value, bool a_encode)
 {
     url_layout const l_layout = scan(a_url.data(), a_url.size());
@@ -840,6 +894,8 @@ std::string &url_set_query(std::string &a_url, std::string const &a_value, bool 
     return set_delimited(a_url, l_present ? l_q + 1 : l_layout.m_e, l_layout.m_e, l_present, '?', a_value, a_encode);
 }
 
+// The fragment is everything behind the text's first '#', whatever stands in front of it, so the
+// search needs no scan of the rest.
 std::string &url_set_fragment(std::string &a_url, std::string const &a_value, bool a_encode)
 {
     size_type const l_hash = find_byte(a_url.data(), '#', 0, a_url.size());
@@ -867,6 +923,9 @@ std::string &url_set_fragment(std::string &a_url, kvmap const &a_values, bool a_
 
 // --- Editing the scheme -------------------------------------------------------------------------
 
+// The scheme comes with its ':' and goes with it. A text without a scheme takes one in front of
+// whatever it is ("dir" becomes "s:dir"); a text that opens with ':' has an empty scheme, whose ':'
+// serves.
 std::string &uri_set_scheme(std::string &a_url, std::string const &a_value)
 {
     url_layout const l_layout = scan(a_url.data(), a_url.size());

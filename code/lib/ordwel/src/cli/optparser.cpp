@@ -82,6 +82,222 @@ private:
     std::vector<char const *> m_copy;
 };
 
+using opts = optparser::opts;
+using opt = optparser::opt;
+
+// The option of a long name; opts's end when none has it.
+opts::const_iterator find_long_opt(opts const &a_opts, char const *a_name)
+{
+    for (opts::const_iterator l_iter = a_opts.begin(); l_iter != a_opts.end(); ++l_iter) {
+        if (l_iter->second.m_name != nullptr && std::strcmp(l_iter->second.m_name, a_name) == 0) {
+            return l_iter;
+        }
+    }
+    return a_opts.end();
+}
+
+// How a step of the scan leaves it: on with the next word, or over for one of three reasons.
+enum class scan_step { next_word, ended, stopped, failed };
+
+// One parse's walk over the words. Each step reads the word at an index, calls the functor and
+// moves the index past the words that were used. The table and the functor are the parser's own
+// and are read anew at every step, as a callback may change them.
+class option_scan {
+public:
+    option_scan(opt_functor *const &a_functor, opts const &a_opts, std::deque<std::string> &a_split_words,
+                char const *const *a_argv, unsigned int a_argc)
+        : m_functor(a_functor), m_opts(a_opts), m_split_words(a_split_words), m_line(a_argv, a_argc), m_args(),
+          m_stopped_by(0)
+    {
+        m_args.reserve(k_reserved_words);
+    }
+
+    scan_step run()
+    {
+        for (unsigned int l_index = 1; l_index < m_line.size(); ++l_index) {
+            m_args.clear();
+            scan_step const l_step = word(l_index);
+            if (l_step != scan_step::next_word) {
+                return l_step;
+            }
+        }
+        return scan_step::ended;
+    }
+
+    // The id whose callback answered -1, after run() gave scan_step::stopped.
+    int stopped_by() const { return m_stopped_by; }
+
+private:
+    // Sorts the word at a_index: a word of no option, a lone "-" (skipped), "--", a long option or
+    // a cluster of short ones.
+    scan_step word(unsigned int &a_index)
+    {
+        char const *const l_word = m_line[a_index];
+        if (l_word == nullptr) {
+            return scan_step::next_word;
+        }
+        if (l_word[0] != '-') {
+            return call(k_word_id, std::vector<char const *>(1, l_word)) == -1 ? stop(k_word_id) : scan_step::next_word;
+        }
+        if (l_word[1] == '\0') {
+            return scan_step::next_word;
+        }
+        if (l_word[1] == '-' && l_word[2] == '\0') {
+            return end_of_options(a_index);
+        }
+        if (l_word[1] == '-') {
+            return long_option(a_index);
+        }
+        return short_cluster(a_index);
+    }
+
+    // "--" and everything behind it are words, and no result counts.
+    scan_step end_of_options(unsigned int a_index)
+    {
+        for (std::size_t l_rest = a_index; l_rest < m_line.size(); ++l_rest) {
+            if (m_line[l_rest] != nullptr) {
+                call(k_word_id, std::vector<char const *>(1, m_line[l_rest]));
+            }
+        }
+        return scan_step::ended;
+    }
+
+    // "--name" with its values from the words behind it; "--name=v1,v2" is split first.
+    scan_step long_option(unsigned int &a_index)
+    {
+        char const *const l_name = m_line[a_index] + 2;
+        opts::const_iterator l_opt = find_long_opt(m_opts, l_name);
+        if (l_opt == m_opts.end()) {
+            l_opt = split_equals_form(a_index, l_name);
+            if (l_opt == m_opts.end()) {
+                return scan_step::failed;
+            }
+        }
+        if (!collect(a_index + 1, l_opt->second)) {
+            std::fprintf(stderr, "*** too few arguments for option `%s'\n", l_opt->second.m_name);
+            return scan_step::failed;
+        }
+        return call_and_advance(l_opt->first, a_index, 0);
+    }
+
+    // "--name=v1,v2" becomes "--name", "v1", "v2" in the line, and the scan goes on as if they had
+    // been typed so. The option of the bare name, or the table's end after an error line.
+    opts::const_iterator split_equals_form(unsigned int a_index, char const *a_name)
+    {
+        char const *const l_equals = std::strchr(a_name, '=');
+        if (l_equals == nullptr) {
+            std::fprintf(stderr, "*** no such option `%s'\n", a_name);
+            return m_opts.end();
+        }
+        std::string const l_bare(a_name, l_equals);
+        opts::const_iterator const l_opt = find_long_opt(m_opts, l_bare.c_str());
+        if (l_opt == m_opts.end()) {
+            std::fprintf(stderr, "*** no such option `%s'\n", l_bare.c_str());
+            return l_opt;
+        }
+        // The words live in the deque, which never moves what it holds, so argv-like pointers stay.
+        std::vector<char const *> l_expanded;
+        m_split_words.push_back("--" + l_bare);
+        l_expanded.push_back(m_split_words.back().c_str());
+        char const *l_piece = l_equals + 1;
+        for (;;) {
+            char const *const l_comma = std::strchr(l_piece, ',');
+            m_split_words.emplace_back(l_piece, l_comma != nullptr ? l_comma : l_piece + std::strlen(l_piece));
+            l_expanded.push_back(m_split_words.back().c_str());
+            if (l_comma == nullptr) {
+                break;
+            }
+            l_piece = l_comma + 1;
+        }
+        m_line.replace(a_index, l_expanded);
+        return l_opt;
+    }
+
+    // A cluster of short options: flags in turn, until a letter that takes words ends it.
+    scan_step short_cluster(unsigned int &a_index)
+    {
+        for (char const *l_letter = m_line[a_index] + 1; *l_letter != '\0'; ++l_letter) {
+            int const l_id = static_cast<int>(static_cast<signed char>(*l_letter));
+            opts::const_iterator const l_opt = m_opts.find(l_id);
+            if (l_opt == m_opts.end()) {
+                std::fprintf(stderr, "*** no such option `%c'\n", *l_letter);
+                return scan_step::failed;
+            }
+            if (l_opt->second.m_max != 0) {
+                return short_option_with_words(a_index, l_letter, l_opt->second);
+            }
+            if (call(l_id, std::vector<char const *>()) == -1) {
+                return stop(l_id);
+            }
+        }
+        return scan_step::next_word;
+    }
+
+    // The letter at a_letter takes words. Whatever follows it in the word is its first value, "="
+    // and all; the rest come from the words behind.
+    scan_step short_option_with_words(unsigned int &a_index, char const *a_letter, opt const &a_opt)
+    {
+        bool const l_attached = a_letter[1] != '\0';
+        if (l_attached) {
+            m_args.push_back(a_letter + 1);
+        }
+        if (!collect(a_index + 1, a_opt)) {
+            std::fprintf(stderr, "*** too few arguments for option `%c'\n", *a_letter);
+            return scan_step::failed;
+        }
+        // An attached word counts as used: one word fewer of the line was taken.
+        return call_and_advance(static_cast<int>(static_cast<signed char>(*a_letter)), a_index, l_attached ? 1 : 0);
+    }
+
+    // Collects the values of an option behind position a_next into m_args: first up to the
+    // minimum, where every word has to qualify, then on to the maximum while words qualify.
+    bool collect(std::size_t a_next, opt const &a_opt)
+    {
+        while (m_args.size() < a_opt.m_min) {
+            if (!is_value_at(a_next)) {
+                return false;
+            }
+            m_args.push_back(m_line[a_next++]);
+        }
+        while (m_args.size() < a_opt.m_max && is_value_at(a_next)) {
+            m_args.push_back(m_line[a_next++]);
+        }
+        return true;
+    }
+
+    bool is_value_at(std::size_t a_index) const
+    {
+        return a_index < m_line.size() && m_line[a_index] != nullptr && is_value_word(m_line[a_index]);
+    }
+
+    // Hands m_args to the callback of a_id and moves a_index past the words it used, less the
+    // a_attached words that were not words of the line of their own.
+    scan_step call_and_advance(int a_id, unsigned int &a_index, long long a_attached)
+    {
+        int const l_result = call(a_id, m_args);
+        if (l_result == -1) {
+            return stop(a_id);
+        }
+        a_index = index_after(a_index, used_words(l_result) - a_attached, static_cast<unsigned int>(m_line.size()));
+        return scan_step::next_word;
+    }
+
+    int call(int a_id, std::vector<char const *> const &a_args) { return (*m_functor)(a_id, a_args); }
+
+    scan_step stop(int a_id)
+    {
+        m_stopped_by = a_id;
+        return scan_step::stopped;
+    }
+
+    opt_functor *const &m_functor;
+    opts const &m_opts;
+    std::deque<std::string> &m_split_words;
+    word_line m_line;
+    std::vector<char const *> m_args;
+    int m_stopped_by;
+};
+
 } // namespace
 
 // ---- opt_functor ----
@@ -147,16 +363,6 @@ void optparser::add_opt(int a_id, char const *a_name, unsigned int a_min, unsign
     m_opts[a_id] = l_opt;
 }
 
-optparser::opts::const_iterator optparser::get(char const *a_name) const
-{
-    for (opts::const_iterator l_iter = m_opts.begin(); l_iter != m_opts.end(); ++l_iter) {
-        if (l_iter->second.m_name != nullptr && std::strcmp(l_iter->second.m_name, a_name) == 0) {
-            return l_iter;
-        }
-    }
-    return m_opts.end();
-}
-
 bool optparser::parse(unsigned int a_argc, char **a_argv)
 {
     if (a_argc < 2 || a_argv == nullptr || m_functor == nullptr) {
@@ -173,132 +379,12 @@ bool optparser::parse(unsigned int a_argc, char **a_argv)
         ~depth_guard() { --m_depth; }
     } const l_depth(m_parse_depth);
 
-    word_line l_line(a_argv, a_argc);
-    std::vector<char const *> l_args;
-    l_args.reserve(k_reserved_words);
-
-    // Collects the values of an option behind position a_next into l_args: first up to the
-    // minimum, where every word has to qualify, then on to the maximum while words qualify.
-    auto const l_collect = [&](std::size_t a_next, opt const &a_opt) -> bool {
-        while (l_args.size() < a_opt.m_min) {
-            if (a_next >= l_line.size() || l_line[a_next] == nullptr || !is_value_word(l_line[a_next])) {
-                return false;
-            }
-            l_args.push_back(l_line[a_next++]);
-        }
-        while (l_args.size() < a_opt.m_max && a_next < l_line.size() && l_line[a_next] != nullptr &&
-               is_value_word(l_line[a_next])) {
-            l_args.push_back(l_line[a_next++]);
-        }
-        return true;
-    };
-    auto const l_stop = [&](int a_id) {
-        m_functor->m_stopped_at = a_id;
-        return true;
-    };
-
-    for (unsigned int l_index = 1; l_index < l_line.size(); ++l_index) {
-        char const *const l_word = l_line[l_index];
-        l_args.clear();
-        if (l_word == nullptr) {
-            continue;
-        }
-        if (l_word[0] != '-') {
-            if ((*m_functor)(k_word_id, std::vector<char const *>(1, l_word)) == -1) {
-                return l_stop(k_word_id);
-            }
-            continue;
-        }
-        if (l_word[1] == '\0') {
-            continue;
-        }
-        if (l_word[1] == '-' && l_word[2] == '\0') {
-            // The end of the options: "--" and everything behind it are words, and no result counts.
-            for (std::size_t l_rest = l_index; l_rest < l_line.size(); ++l_rest) {
-                if (l_line[l_rest] != nullptr) {
-                    (*m_functor)(k_word_id, std::vector<char const *>(1, l_line[l_rest]));
-                }
-            }
-            return true;
-        }
-        if (l_word[1] == '-') {
-            char const *const l_name = l_word + 2;
-            opts::const_iterator l_opt = get(l_name);
-            if (l_opt == m_opts.end()) {
-                char const *const l_equals = std::strchr(l_name, '=');
-                if (l_equals == nullptr) {
-                    std::fprintf(stderr, "*** no such option `%s'\n", l_name);
-                    return false;
-                }
-                std::string const l_bare(l_name, l_equals);
-                l_opt = get(l_bare.c_str());
-                if (l_opt == m_opts.end()) {
-                    std::fprintf(stderr, "*** no such option `%s'\n", l_bare.c_str());
-                    return false;
-                }
-                // "--name=v1,v2" becomes "--name", "v1", "v2" in the line, and the scan goes on as if
-                // they had been typed so.
-                std::vector<char const *> l_expanded;
-                m_split_words.push_back("--" + l_bare);
-                l_expanded.push_back(m_split_words.back().c_str());
-                char const *l_piece = l_equals + 1;
-                for (;;) {
-                    char const *const l_comma = std::strchr(l_piece, ',');
-                    m_split_words.emplace_back(l_piece, l_comma != nullptr ? l_comma : l_piece + std::strlen(l_piece));
-                    l_expanded.push_back(m_split_words.back().c_str());
-                    if (l_comma == nullptr) {
-                        break;
-                    }
-                    l_piece = l_comma + 1;
-                }
-                l_line.replace(l_index, l_expanded);
-            }
-            unsigned int const l_remembered = l_index;
-            if (!l_collect(l_index + 1, l_opt->second)) {
-                std::fprintf(stderr, "*** too few arguments for option `%s'\n", l_opt->second.m_name);
-                return false;
-            }
-            int const l_result = (*m_functor)(l_opt->first, l_args);
-            if (l_result == -1) {
-                return l_stop(l_opt->first);
-            }
-            l_index = index_after(l_remembered, used_words(l_result), static_cast<unsigned int>(l_line.size()));
-            continue;
-        }
-        // A cluster of short options: flags in turn, until a letter that takes words ends it.
-        for (char const *l_letter = l_word + 1; *l_letter != '\0'; ++l_letter) {
-            int const l_id = static_cast<int>(static_cast<signed char>(*l_letter));
-            opts::const_iterator const l_opt = m_opts.find(l_id);
-            if (l_opt == m_opts.end()) {
-                std::fprintf(stderr, "*** no such option `%c'\n", *l_letter);
-                return false;
-            }
-            if (l_opt->second.m_max == 0) {
-                if ((*m_functor)(l_id, std::vector<char const *>()) == -1) {
-                    return l_stop(l_id);
-                }
-                continue;
-            }
-            // Whatever follows the letter in the word is its first value, "=" and all.
-            bool const l_attached = l_letter[1] != '\0';
-            if (l_attached) {
-                l_args.push_back(l_letter + 1);
-            }
-            if (!l_collect(l_index + 1, l_opt->second)) {
-                std::fprintf(stderr, "*** too few arguments for option `%c'\n", *l_letter);
-                return false;
-            }
-            int const l_result = (*m_functor)(l_id, l_args);
-            if (l_result == -1) {
-                return l_stop(l_id);
-            }
-            // An attached word counts as used: one word fewer of the line was taken.
-            l_index = index_after(l_index, used_words(l_result) - (l_attached ? 1 : 0),
-                                  static_cast<unsigned int>(l_line.size()));
-            break;
-        }
+    option_scan l_scan(m_functor, m_opts, m_split_words, a_argv, a_argc);
+    scan_step const l_end = l_scan.run();
+    if (l_end == scan_step::stopped) {
+        m_functor->m_stopped_at = l_scan.stopped_by();
     }
-    return true;
+    return l_end != scan_step::failed;
 }
 
 // ---- optparser: the output routes ----

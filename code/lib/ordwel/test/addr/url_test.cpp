@@ -1,4 +1,5 @@
 #include <ordwel/url.h>
+#include <ordwel/url_parts.h>
 
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
@@ -273,104 +274,54 @@ TEST(url, split_scheme_keeps_the_separator_behind)
 
 enum class part { authority, domain, user, password, host, service, path, params, query, fragment, scheme, specific };
 
-std::string &set_part(std::string &a_url, part a_part, std::string const &a_value, bool a_encode)
-{
-    switch (a_part) {
-    case part::authority:
-        return url_set_authority(a_url, a_value, a_encode);
-    case part::domain:
-        return url_set_domain(a_url, a_value, a_encode);
-    case part::user:
-        return url_set_user(a_url, a_value, a_encode);
-    case part::password:
-        return url_set_password(a_url, a_value, a_encode);
-    case part::host:
-        return url_set_host(a_url, a_value);
-    case part::service:
-        return url_set_service(a_url, a_value, a_encode);
-    case part::path:
-        return url_set_path(a_url, a_value, a_encode);
-    case part::params:
-        return url_set_params(a_url, a_value, a_encode);
-    case part::query:
-        return url_set_query(a_url, a_value, a_encode);
-    case part::fragment:
-        return url_set_fragment(a_url, a_value, a_encode);
-    case part::scheme:
-        return uri_set_scheme(a_url, a_value);
-    case part::specific:
-        return uri_set_scheme_specific(a_url, a_value);
-    }
-    return a_url;
-}
-
-std::string new_part(std::string const &a_url, part a_part, std::string const &a_value, bool a_encode)
-{
-    switch (a_part) {
-    case part::authority:
-        return url_new_authority(a_url, a_value, a_encode);
-    case part::domain:
-        return url_new_domain(a_url, a_value, a_encode);
-    case part::user:
-        return url_new_user(a_url, a_value, a_encode);
-    case part::password:
-        return url_new_password(a_url, a_value, a_encode);
-    case part::host:
-        return url_new_host(a_url, a_value);
-    case part::service:
-        return url_new_service(a_url, a_value, a_encode);
-    case part::path:
-        return url_new_path(a_url, a_value, a_encode);
-    case part::params:
-        return url_new_params(a_url, a_value, a_encode);
-    case part::query:
-        return url_new_query(a_url, a_value, a_encode);
-    case part::fragment:
-        return url_new_fragment(a_url, a_value, a_encode);
-    case part::scheme:
-        return uri_new_scheme(a_url, a_value);
-    case part::specific:
-        return uri_new_scheme_specific(a_url, a_value);
-    }
-    return a_url;
-}
-
-std::string get_part(std::string const &a_url, part a_part, bool a_decode)
-{
-    switch (a_part) {
-    case part::authority:
-        return url_authority(a_url, a_decode);
-    case part::domain:
-        return url_domain(a_url, a_decode);
-    case part::user:
-        return url_user(a_url, a_decode);
-    case part::password:
-        return url_password(a_url, a_decode);
-    case part::host:
-        return url_host(a_url);
-    case part::service:
-        return url_service(a_url, a_decode);
-    case part::path:
-        return url_path(a_url, a_decode);
-    case part::params:
-        return url_params(a_url, a_decode);
-    case part::query:
-        return url_query(a_url, a_decode);
-    case part::fragment:
-        return url_fragment(a_url, a_decode);
-    case part::scheme:
-        return uri_scheme(a_url);
-    case part::specific:
-        return uri_scheme_specific(a_url);
-    }
-    return std::string();
-}
-
 char const *name_of(part a_part)
 {
     static char const *const k_names[] = {"authority", "domain", "user",  "password", "host",   "service",
                                           "path",      "params", "query", "fragment", "scheme", "specific"};
     return k_names[static_cast<int>(a_part)];
+}
+
+// The scheme and the scheme-specific part through their uri_ forms, every other part through its
+// entry of the parts table.
+url_part const &entry_of(part a_part)
+{
+    return *find_url_part(name_of(a_part));
+}
+
+std::string &set_part(std::string &a_url, part a_part, std::string const &a_value, bool a_encode)
+{
+    switch (a_part) {
+    case part::scheme:
+        return uri_set_scheme(a_url, a_value);
+    case part::specific:
+        return uri_set_scheme_specific(a_url, a_value);
+    default:
+        return entry_of(a_part).m_set(a_url, a_value, a_encode);
+    }
+}
+
+std::string new_part(std::string const &a_url, part a_part, std::string const &a_value, bool a_encode)
+{
+    switch (a_part) {
+    case part::scheme:
+        return uri_new_scheme(a_url, a_value);
+    case part::specific:
+        return uri_new_scheme_specific(a_url, a_value);
+    default:
+        return entry_of(a_part).m_new(a_url, a_value, a_encode);
+    }
+}
+
+std::string get_part(std::string const &a_url, part a_part, bool a_decode)
+{
+    switch (a_part) {
+    case part::scheme:
+        return uri_scheme(a_url);
+    case part::specific:
+        return uri_scheme_specific(a_url);
+    default:
+        return entry_of(a_part).m_get(a_url, a_decode);
+    }
 }
 
 struct edit_row {
@@ -876,6 +827,25 @@ TEST(url_path, readers_see_the_decoded_path)
     EXPECT_EQ(url_path_back("x://h/a%2fb"), "b");
     EXPECT_EQ(url_path_file("x://h/dir/"), "");
     EXPECT_EQ(url_path_back("x://h"), "");
+}
+
+// The table's entries hand the coding flag on, except for the parts that are never coded.
+TEST(url_parts, entries_pass_the_coding_flag_where_the_part_is_coded)
+{
+    static_assert(find_url_part("host") == &k_url_parts[5], "found at compile time");
+    EXPECT_EQ(find_url_part("specific"), nullptr);
+    EXPECT_EQ(find_url_part(""), nullptr);
+    std::string const l_url = "s%41://d%41;u%41:p%41@h%41:1%41/p%41;a%41?q%41#f%41";
+    for (url_part const &l_part : k_url_parts) {
+        SCOPED_TRACE(l_part.m_name);
+        EXPECT_EQ(find_url_part(l_part.m_name), &l_part);
+        EXPECT_EQ(l_part.m_get(l_url, true) != l_part.m_get(l_url, false), l_part.m_coded);
+        std::string const l_encoded = l_part.m_new(l_url, "a b", true);
+        EXPECT_EQ(l_encoded != l_part.m_new(l_url, "a b", false), l_part.m_coded);
+        std::string l_edited = l_url;
+        EXPECT_EQ(&l_part.m_set(l_edited, "a b", true), &l_edited);
+        EXPECT_EQ(l_edited, l_encoded);
+    }
 }
 
 } // namespace
