@@ -25,7 +25,7 @@ void check(bool a_condition)
 
 // The most the program may grow the message to: a fill of half the message per byte of the
 // program would otherwise reach gigabytes within sixty bytes.
-constexpr std::size_t k_message_budget = std::size_t(1) << 20;
+constexpr std::size_t k_message_budget = std::size_t(1) << 16;
 
 bool may_grow(ordwel::buffer const &a_message, std::size_t a_growth)
 {
