@@ -1,7 +1,6 @@
 #include "toolbox.h"
 
 #include <fstream>
-#include <iterator>
 #include <vector>
 
 #if defined(_WIN32)
@@ -44,6 +43,19 @@ private:
     int m_saved;
 };
 
+// Everything left in a_file. The stream's own read turns a failure of the file below (a directory
+// that opened and cannot be read, say) into its bad state, where an iterator over the buffer would
+// let the exception out.
+std::vector<unsigned char> bytes_of(std::ifstream &a_file)
+{
+    std::vector<unsigned char> l_bytes;
+    char l_chunk[65536];
+    while (a_file.read(l_chunk, sizeof l_chunk) || a_file.gcount() > 0) {
+        l_bytes.insert(l_bytes.end(), l_chunk, l_chunk + a_file.gcount());
+    }
+    return l_bytes;
+}
+
 } // namespace
 
 int run_hexdump(std::string const &a_path)
@@ -53,8 +65,7 @@ int run_hexdump(std::string const &a_path)
         std::fprintf(stderr, "*** cannot open file `%s'\n", a_path.c_str());
         return k_exit_failed;
     }
-    std::vector<unsigned char> const l_bytes((std::istreambuf_iterator<char>(l_file)),
-                                             std::istreambuf_iterator<char>());
+    std::vector<unsigned char> const l_bytes = bytes_of(l_file);
     if (l_file.bad()) {
         std::fprintf(stderr, "*** cannot read file `%s'\n", a_path.c_str());
         return k_exit_failed;

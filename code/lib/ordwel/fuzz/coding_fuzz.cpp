@@ -2,7 +2,8 @@
 // the length of a program of operations, the rest is the message. Every operation either works or
 // raises es::arg, and a raise leaves the read position where it was (a composite item may have
 // consumed its length). Items decoded from the message and encoded again give the bytes they came
-// from.
+// from. Operations that grow the message stop at a budget, so that a short input can't ask for
+// gigabytes.
 
 #include <algorithm>
 #include <cstddef>
@@ -20,6 +21,15 @@ void check(bool a_condition)
     if (!a_condition) {
         std::abort();
     }
+}
+
+// The most the program may grow the message to: a fill of half the message per byte of the
+// program would otherwise reach gigabytes within sixty bytes.
+constexpr std::size_t k_message_budget = std::size_t(1) << 16;
+
+bool may_grow(ordwel::buffer const &a_message, std::size_t a_growth)
+{
+    return a_growth <= k_message_budget && a_message.size() <= k_message_budget - a_growth;
 }
 
 void run_program(std::uint8_t const *a_program, std::size_t a_length, ordwel::buffer &a_message)
@@ -78,6 +88,9 @@ void run_program(std::uint8_t const *a_program, std::size_t a_length, ordwel::bu
                 break;
             }
             case 9:
+                if (!may_grow(a_message, l_arg)) {
+                    break;
+                }
                 l_decoder.fill(l_arg, l_index % 2 == 0 ? l_scratch : nullptr);
                 check(l_decoder.left() == l_left + l_arg);
                 break;
@@ -89,6 +102,9 @@ void run_program(std::uint8_t const *a_program, std::size_t a_length, ordwel::bu
                 check(l_decoder.have(static_cast<uint32>(l_arg)) == (l_left >= l_arg));
                 break;
             case 12:
+                if (!may_grow(a_message, l_decoder.size() / 2)) {
+                    break;
+                }
                 l_decoder.fill(l_decoder.size() / 2, l_decoder.begin());
                 break;
             case 13:

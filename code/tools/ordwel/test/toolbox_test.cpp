@@ -219,6 +219,14 @@ TEST(toolbox, hexdump_of_a_file)
     outcome const l_missing = run_tool({"hexdump", l_path});
     EXPECT_EQ(l_missing.status, ordwel_toolbox::k_exit_failed);
     EXPECT_EQ(l_missing.err, "*** cannot open file `" + l_path + "'\n");
+
+    // A directory opens on some systems and fails at the first read: either way one "*** " line.
+    std::string const l_directory = testing::TempDir();
+    outcome const l_dir = run_tool({"hexdump", l_directory});
+    EXPECT_EQ(l_dir.status, ordwel_toolbox::k_exit_failed);
+    EXPECT_EQ(l_dir.out, "");
+    EXPECT_THAT(l_dir.err, testing::AnyOf("*** cannot open file `" + l_directory + "'\n",
+                                          "*** cannot read file `" + l_directory + "'\n"));
 }
 
 TEST(toolbox, url_parts_and_editing)

@@ -80,7 +80,8 @@ inline uint64 at_most_32(uint64 a_count)
 // stops at the end. has_bits asks first.
 class ORDWEL_API rd {
 public:
-    // a_size: the block in bytes, rounded up to a multiple of 4 (at least 8).
+    // a_size: the block in bytes, rounded up to a multiple of 4 (at least 4): each refill asks the
+    // source for that many bytes.
     rd(stream::rd &a_stream, uint64 a_size);
     rd(rd const &) = delete;
     rd &operator=(rd const &) = delete;

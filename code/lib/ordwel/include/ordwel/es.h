@@ -109,8 +109,10 @@ protected:
     sint64 m_code;
 };
 
-// A failed file operation. what() composes "Failed to <operation> file <subject> (<reason>)" anew
-// on every call, so a subject mended with set_subject_file shows in the next what().
+// A failed file operation. what() gives "Failed to <operation> file <subject> (<reason>)". The text
+// is composed by the constructor and again by set_subject_file, so a mended subject shows in the
+// next what(), and what() itself only reads: its pointer holds until the subject changes, and
+// threads may call it on one object at once.
 //
 // The inherited accessor file() is hidden by this class's own name: reach it through es::base
 // (static_cast<es::base const &>(e).file()).
@@ -133,7 +135,11 @@ protected:
     std::string m_reason;
     std::string m_operation;
     std::string m_subject_file;
-    mutable std::string m_what;
+    // The text that what() gives, composed from the three above.
+    std::string m_what;
+
+    // Composes m_what anew; a derived class that changes m_reason or m_operation calls it.
+    void compose_what();
 };
 
 } // namespace es

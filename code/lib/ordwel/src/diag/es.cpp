@@ -108,6 +108,7 @@ file::file(char const *a_file, uint32 a_line, std::string const &a_reason, std::
            std::string const &a_subject)
     : base(a_file, a_line, ""), m_reason(a_reason), m_operation(a_operation), m_subject_file(a_subject)
 {
+    compose_what();
 }
 
 file::file(file const &a_other) = default;
@@ -124,10 +125,14 @@ void file::raise(char const *a_file, uint32 a_line, std::string const &a_reason,
     throw file(a_file, a_line, a_reason, a_operation, std::string());
 }
 
-char const *file::what() const noexcept
+void file::compose_what()
 {
     m_what =
         string_with_format("Failed to %s file %s (%s)", m_operation.c_str(), m_subject_file.c_str(), m_reason.c_str());
+}
+
+char const *file::what() const noexcept
+{
     return m_what.c_str();
 }
 
@@ -140,6 +145,7 @@ void file::set_subject_file(std::string const &a_subject)
 {
     if (&a_subject != &m_subject_file) {
         m_subject_file = a_subject;
+        compose_what();
     }
 }
 

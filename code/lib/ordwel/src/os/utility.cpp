@@ -485,6 +485,29 @@ struct safe_filename_table {
 
 safe_filename_table const k_safe_filename;
 
+// Closes a whole-file function's file when the function raises after the open: the caller never
+// sees the object, so nobody else could. A failure of that close is dropped, since the raise in
+// flight says what went wrong. On the normal way out the function closes the file itself, and a
+// failing close raises from there.
+class close_on_raise {
+public:
+    explicit close_on_raise(file &a_file) : m_file(a_file) {}
+    close_on_raise(close_on_raise const &) = delete;
+    close_on_raise &operator=(close_on_raise const &) = delete;
+    ~close_on_raise()
+    {
+        if (m_file.is_open()) {
+            try {
+                m_file.close();
+            } catch (es::base const &) {
+            }
+        }
+    }
+
+private:
+    file &m_file;
+};
+
 // Opens a file for reading as the whole-file functions do; es::arg for a file that is not open
 // (an empty path), es::file from the open itself for one that cannot be opened.
 file open_for_reading(std::string const &a_path)
@@ -502,6 +525,7 @@ void write_whole(std::string const &a_path, void const *a_data, uint64 a_size)
     if (!l_file.is_open()) {
         es::arg::raise(ORDWEL_HERE, string_with_format("failed to open/create file '%s'", a_path.c_str()).c_str());
     }
+    close_on_raise const l_guard(l_file);
     l_file.write(a_data, a_size);
     l_file.close();
 }
@@ -520,6 +544,7 @@ std::string create_safe_filename(std::string const &a_name)
 void get_file_bytes(std::string const &a_path, uint64 a_count, buffer &a_bytes)
 {
     file l_file = open_for_reading(a_path);
+    close_on_raise const l_guard(l_file);
     a_bytes.resize(a_count);
     uint64 const l_done = l_file.read(a_bytes.begin(), a_count);
     if (l_done < a_count) {
@@ -531,6 +556,7 @@ void get_file_bytes(std::string const &a_path, uint64 a_count, buffer &a_bytes)
 void get_file_content(std::string const &a_path, std::string &a_content)
 {
     file l_file = open_for_reading(a_path);
+    close_on_raise const l_guard(l_file);
     uint64 const l_size = l_file.size();
     std::string l_block(static_cast<std::size_t>(l_size), '\0');
     if (l_file.read(&l_block[0], l_size) < l_size) {
@@ -543,6 +569,7 @@ void get_file_content(std::string const &a_path, std::string &a_content)
 void get_file_content(std::string const &a_path, buffer &a_content)
 {
     file l_file = open_for_reading(a_path);
+    close_on_raise const l_guard(l_file);
     uint64 const l_size = l_file.size();
     a_content.resize(l_size);
     if (l_file.read(a_content.begin(), l_size) < l_size) {

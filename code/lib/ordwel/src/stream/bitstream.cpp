@@ -10,16 +10,26 @@ namespace bitstream {
 
 namespace {
 
-// Block sizes are whole 32-bit words, and at least two of them: the writer must
-// be able to send a whole word out whenever a field does not fit.
-constexpr uint64 k_min_block = 8;
-
-uint64 block_size(uint64 a_size)
+// Block sizes are whole 32-bit words.
+uint64 whole_words(uint64 a_size)
 {
-    if (a_size <= k_min_block) {
-        return k_min_block;
-    }
     return a_size % 4 == 0 ? a_size : a_size + (4 - a_size % 4);
+}
+
+// The reader's block is the size asked in whole words, at least one: it always carries two words
+// over on a refill, so one word of new data is enough for any field.
+uint64 reader_block_size(uint64 a_size)
+{
+    return a_size == 0 ? 4 : whole_words(a_size);
+}
+
+// The writer's block holds at least two words: it must be able to send a whole word out whenever
+// a field does not fit.
+constexpr uint64 k_min_writer_block = 8;
+
+uint64 writer_block_size(uint64 a_size)
+{
+    return a_size <= k_min_writer_block ? k_min_writer_block : whole_words(a_size);
 }
 
 std::unique_ptr<uint32[]> zeroed_words(uint64 a_bytes)
@@ -39,7 +49,7 @@ void clear_behind(unsigned char *a_block, uint64 a_end)
 // The reader's block: m_size bytes of data behind up to 7 carried bytes, then
 // the cleared word after the last one that holds data.
 rd::rd(stream::rd &a_stream, uint64 a_size)
-    : m_size(block_size(a_size)), m_buf(zeroed_words(m_size + 16)), m_stream(&a_stream), m_bytes(0), m_bits(0)
+    : m_size(reader_block_size(a_size)), m_buf(zeroed_words(m_size + 16)), m_stream(&a_stream), m_bytes(0), m_bits(0)
 {
 }
 
@@ -47,7 +57,7 @@ rd::~rd() = default;
 
 void rd::set(stream::rd &a_stream, uint64 a_size)
 {
-    uint64 const l_size = block_size(a_size);
+    uint64 const l_size = reader_block_size(a_size);
     m_buf.reset();
     m_buf = zeroed_words(l_size + 16);
     m_size = l_size;
@@ -239,7 +249,7 @@ wr::~wr()
 
 void wr::allocate(uint64 a_size)
 {
-    uint64 const l_size = block_size(a_size);
+    uint64 const l_size = writer_block_size(a_size);
     m_buf.reset();
     m_buf = zeroed_words(l_size + 8);
     m_size = l_size;

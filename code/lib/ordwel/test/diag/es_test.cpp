@@ -1,7 +1,10 @@
 #include <ordwel/es.h>
 
+#include <cstring>
 #include <functional>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -137,6 +140,42 @@ TEST(es, file_composes_what_from_operation_subject_and_reason)
     }
     caught const l_no_subject = catch_as<std::exception>([] { es::file::raise("f.cpp", 1, "gone", "read"); });
     EXPECT_EQ(l_no_subject.std_what, "Failed to read file  (gone)");
+}
+
+// The text of what() is composed when the subject changes, not on each call: a pointer from one
+// call stays good across the next, and readers on several threads see one settled text.
+TEST(es, file_what_is_stable_across_calls_and_threads)
+{
+    es::file l_error("f.cpp", 3, "no space left on device", "write", "/var/spool/output/a-long-name.bin");
+    char const *const l_first = l_error.what();
+    char const *const l_second = l_error.what();
+    EXPECT_EQ(l_first, l_second) << "a second what() must not move the text of the first";
+    EXPECT_STREQ(l_first, "Failed to write file /var/spool/output/a-long-name.bin (no space left on device)");
+    EXPECT_EQ(static_cast<es::base const &>(l_error).msg(), l_first);
+
+    es::file const l_copy(l_error);
+    l_error.set_subject_file("b.txt");
+    EXPECT_STREQ(l_error.what(), "Failed to write file b.txt (no space left on device)");
+    EXPECT_STREQ(l_copy.what(), "Failed to write file /var/spool/output/a-long-name.bin (no space left on device)")
+        << "mending the original leaves its copy alone";
+
+    es::file const &l_shared = l_error;
+    std::string const l_expected = l_shared.what();
+    std::vector<int> l_mismatches(4, 0);
+    std::vector<std::thread> l_readers;
+    for (std::size_t l_index = 0; l_index < l_mismatches.size(); ++l_index) {
+        l_readers.emplace_back([&l_shared, &l_expected, &l_mismatches, l_index] {
+            for (int l_round = 0; l_round < 2000; ++l_round) {
+                if (std::strcmp(l_shared.what(), l_expected.c_str()) != 0) {
+                    ++l_mismatches[l_index];
+                }
+            }
+        });
+    }
+    for (std::thread &l_reader : l_readers) {
+        l_reader.join();
+    }
+    EXPECT_EQ(l_mismatches, std::vector<int>(4, 0));
 }
 
 TEST(es, api_code_keeps_code_and_message)

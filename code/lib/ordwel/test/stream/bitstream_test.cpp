@@ -9,6 +9,8 @@
 
 #include <ordwel/stream.h>
 
+#include "support/scripted_streams.h"
+
 namespace {
 
 using namespace ordwel;
@@ -148,7 +150,7 @@ TEST(bitstream_wr, tell_counts_a_begun_byte)
 TEST(bitstream, every_width_at_every_offset_round_trips)
 {
     std::mt19937 l_random(1125);
-    for (uint64 const l_block : {8u, 12u, 64u}) {
+    for (uint64 const l_block : {4u, 8u, 12u, 64u}) {
         for (unsigned l_width = 0; l_width <= 32; ++l_width) {
             bit_model l_model;
             sink l_sink;
@@ -259,7 +261,7 @@ TEST(bitstream_wr, align_and_boundary_pad_with_zeros)
 TEST(bitstream, skips_within_and_across_blocks)
 {
     std::mt19937 l_random(1318);
-    for (uint64 const l_block : {8u, 20u}) {
+    for (uint64 const l_block : {4u, 8u, 20u}) {
         bit_model l_model;
         sink l_sink;
         std::vector<std::pair<uint64, uint32>> l_steps; // skip, then a 9-bit field
@@ -381,7 +383,7 @@ TEST(bitstream_rd, find_a_pattern_at_every_bit_offset)
             l_model.append(l_random() | 1u, 32);
             std::size_t const l_expected = first_match(l_model, 0, l_pattern, l_bits);
             ASSERT_LE(l_expected, l_offset);
-            for (uint64 const l_block : {8u, 16u}) {
+            for (uint64 const l_block : {4u, 8u, 16u}) {
                 source l_source(l_model.bytes());
                 bitstream::rd l_reader(l_source, l_block);
                 ASSERT_TRUE(l_reader.find(l_pattern, l_bits, 1, 1)) << l_bits << " at " << l_offset;
@@ -511,6 +513,40 @@ TEST(bitstream_rd, short_reads_still_fill_a_field)
     EXPECT_TRUE(l_reader.has_bits(12));
     EXPECT_EQ(l_reader.read(12), 0xabcu);
     EXPECT_FALSE(l_reader.has_bits(1));
+}
+
+// The reader's block is the size asked, rounded up to whole 32-bit words: every refill asks the
+// source for exactly that many bytes, and fields still come out whole across the small blocks.
+TEST(bitstream_rd, block_size_is_rounded_up_to_whole_words)
+{
+    struct row {
+        uint64 asked;
+        uint64 block;
+    };
+    row const l_rows[] = {{0, 4}, {1, 4}, {3, 4}, {4, 4}, {5, 8}, {8, 8}, {9, 12}, {12, 12}, {13, 16}, {100, 100}};
+    std::mt19937 l_random(7);
+    bit_model l_model;
+    for (int l_index = 0; l_index < 200; ++l_index) {
+        l_model.append(l_random(), 32);
+    }
+    std::string const l_data = l_model.bytes();
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.asked);
+        ordwel_test::scripted_rd l_source(l_data);
+        bitstream::rd l_reader(l_source, l_row.asked);
+        std::size_t l_at = 0;
+        for (unsigned l_width = 0; l_at + 32 <= l_model.m_bits.size(); l_width = (l_width + 5) % 33) {
+            ASSERT_EQ(l_reader.read(l_width), l_model.field(l_at, l_width)) << "at bit " << l_at;
+            l_at += l_width;
+        }
+        ASSERT_FALSE(l_source.asked().empty());
+        EXPECT_EQ(l_source.asked(), std::vector<uint64>(l_source.asked().size(), l_row.block));
+
+        ordwel_test::scripted_rd l_again(l_data);
+        l_reader.set(l_again, l_row.asked);
+        EXPECT_EQ(l_reader.read(32), l_model.field(0, 32));
+        EXPECT_EQ(l_again.asked(), std::vector<uint64>(l_again.asked().size(), l_row.block)) << "after set";
+    }
 }
 
 TEST(bitstream, set_and_clear_change_stream_and_block)

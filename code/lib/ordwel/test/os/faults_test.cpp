@@ -1,0 +1,268 @@
+// Faults the library must survive: failures after a file is open, large input through a child,
+// a full disk. Most need Linux (its /proc, its mounts); elsewhere they skip and say why.
+#include <ordwel/file.h>
+
+#include <functional>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <ordwel/buffer.h>
+#include <ordwel/es.h>
+
+#include "support/test_support.h"
+
+#if defined(__linux__)
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
+
+#include <dirent.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <ordwel/process.h>
+#endif
+
+namespace {
+
+using namespace ordwel;
+
+#if defined(__linux__)
+
+// Known defects that another change fixes. While a flag is true its test skips with the reason
+// instead of failing; the fix sets it to false, and the test holds the fix from then on.
+constexpr bool k_stdin_deadlocks_on_large_input = true;
+constexpr bool k_full_disk_write_returns_normally = true;
+
+// The descriptors this process has open, the one that reads the list among them.
+int open_descriptors()
+{
+    DIR *const l_list = opendir("/proc/self/fd");
+    if (l_list == nullptr) {
+        return -1;
+    }
+    int l_count = 0;
+    while (dirent const *const l_entry = readdir(l_list)) {
+        if (l_entry->d_name[0] != '.') {
+            ++l_count;
+        }
+    }
+    closedir(l_list);
+    return l_count;
+}
+
+// How a body run in a child process ended.
+struct guarded_end {
+    bool timed_out;
+    int exit_code; // -1 when a signal ended it
+};
+
+// Exit codes of the guarded bodies beyond pass (0) and fail (1).
+constexpr int k_raised_other = 2;
+constexpr int k_did_not_finish = 3;
+constexpr int k_cannot_set_up = 77;
+
+// Runs a_body in a forked child and gives its result as the child's exit code. A body that has
+// not ended after a_limit is killed, so that a hang fails the test instead of stopping the run.
+// The child also keeps what the body changes (its mounts, its threads) away from this process.
+guarded_end run_guarded(std::function<int()> const &a_body, std::chrono::seconds a_limit)
+{
+    pid_t const l_child = fork();
+    if (l_child == 0) {
+        int l_code = k_raised_other;
+        try {
+            l_code = a_body();
+        } catch (...) {
+        }
+        _exit(l_code);
+    }
+    if (l_child < 0) {
+        ADD_FAILURE() << "fork failed";
+        return {false, -1};
+    }
+    auto const l_end = std::chrono::steady_clock::now() + a_limit;
+    int l_status = 0;
+    while (waitpid(l_child, &l_status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > l_end) {
+            kill(l_child, SIGKILL);
+            waitpid(l_child, &l_status, 0);
+            return {true, -1};
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return {false, WIFEXITED(l_status) ? WEXITSTATUS(l_status) : -1};
+}
+
+// Collects a child's output and waits for its end.
+class collector : public process::status {
+public:
+    void finished(process *) override
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        m_finished = true;
+        m_changed.notify_all();
+    }
+    void stdout_data(unsigned char const *a_data, unsigned int a_size) override
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        m_output.append(reinterpret_cast<char const *>(a_data), a_size);
+    }
+    bool wait_finished(std::chrono::seconds a_limit)
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, a_limit, [this] { return m_finished; });
+    }
+    std::string output()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_output;
+    }
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    std::string m_output;
+    bool m_finished = false;
+};
+
+// 1 MiB with no repeat at a power of two, so that a lost or doubled piece shows.
+std::string large_input()
+{
+    std::string l_input(std::size_t(1) << 20, '\0');
+    for (std::size_t l_index = 0; l_index < l_input.size(); ++l_index) {
+        l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
+    }
+    return l_input;
+}
+
+#endif
+
+// The whole-file helpers open the file themselves; when they raise after the open (a directory
+// opens and fails at the read, a device takes the open and refuses the write) the caller never
+// sees the object, so the helper must have closed it.
+TEST(faults, failing_whole_file_helpers_leave_no_descriptor_open)
+{
+#if defined(__linux__)
+    ordwel_test::temp_dir const l_dir;
+    std::string const &l_directory = l_dir.path();
+    struct row {
+        char const *name;
+        std::function<void()> call;
+    };
+    row const l_rows[] = {
+        {"get_file_content to a string",
+         [&] {
+             std::string l_text;
+             fileutil::get_file_content(l_directory, l_text);
+         }},
+        {"get_file_content to a buffer",
+         [&] {
+             buffer l_bytes;
+             fileutil::get_file_content(l_directory, l_bytes);
+         }},
+        {"get_file_bytes",
+         [&] {
+             buffer l_bytes;
+             fileutil::get_file_bytes(l_directory, 16, l_bytes);
+         }},
+        {"string_with_file_content", [&] { (void)fileutil::string_with_file_content(l_directory); }},
+        {"set_file_content of a string", [] { fileutil::set_file_content("/dev/full", std::string("data")); }},
+        {"set_file_content of a buffer",
+         [] { fileutil::set_file_content("/dev/full", ordwel_test::buffer_of("data")); }},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.name);
+        int const l_before = open_descriptors();
+        ASSERT_GT(l_before, 0);
+        for (int l_round = 0; l_round < 50; ++l_round) {
+            ASSERT_THROW(l_row.call(), es::file);
+        }
+        EXPECT_EQ(open_descriptors(), l_before);
+    }
+#else
+    GTEST_SKIP() << "counts descriptors in /proc/self/fd, which only Linux has";
+#endif
+}
+
+// A child that echoes 1 MiB of standard input back while both its pipes are full: the parent must
+// feed and drain at once.
+TEST(faults, megabyte_of_standard_input_round_trips_through_cat)
+{
+#if defined(__linux__)
+    if (k_stdin_deadlocks_on_large_input) {
+        GTEST_SKIP() << "known defect: process feeds a child's whole standard input before it reads the "
+                        "child's output, so input larger than the pipes deadlocks; this test runs once that "
+                        "is fixed";
+    }
+    guarded_end const l_end = run_guarded(
+        [] {
+            std::string const l_input = large_input();
+            collector l_collector;
+            process l_cat("cat", "/bin/cat", {}, {}, "", l_input, process_capture, &l_collector);
+            if (!l_collector.wait_finished(std::chrono::seconds(20))) {
+                return k_did_not_finish;
+            }
+            return l_collector.output() == l_input && l_cat.get_status() == 0 ? 0 : 1;
+        },
+        std::chrono::seconds(30));
+    EXPECT_FALSE(l_end.timed_out) << "the guard killed a child that hung";
+    EXPECT_EQ(l_end.exit_code, 0) << "1: what came back differs from what went in; 3: cat did not finish in 20 s";
+#else
+    GTEST_SKIP() << "runs the child in a forked guard, which needs Linux";
+#endif
+}
+
+// A write that does not fit on the disk must raise es::file, not stop short in silence. The disk
+// is a 256 KiB tmpfs mounted in a mount namespace of a child process of its own.
+TEST(faults, writing_past_a_full_disk_raises)
+{
+#if defined(__linux__)
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "mounting a small tmpfs needs root";
+    }
+    guarded_end const l_end = run_guarded(
+        [] {
+            char l_template[] = "/tmp/ordwel_full_disk_XXXXXX";
+            if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                mkdtemp(l_template) == nullptr) {
+                return k_cannot_set_up;
+            }
+            std::string const l_mount = l_template;
+            if (mount("ordwel_full_disk", l_mount.c_str(), "tmpfs", 0, "size=256k") != 0) {
+                rmdir(l_mount.c_str());
+                return k_cannot_set_up;
+            }
+            int l_code = k_raised_other;
+            try {
+                fileutil::set_file_content(l_mount + "/big", large_input());
+                l_code = 1;
+            } catch (es::file const &) {
+                l_code = 0;
+            } catch (...) {
+            }
+            umount2(l_mount.c_str(), MNT_DETACH);
+            rmdir(l_mount.c_str());
+            return l_code;
+        },
+        std::chrono::seconds(30));
+    ASSERT_FALSE(l_end.timed_out);
+    if (l_end.exit_code == k_cannot_set_up) {
+        GTEST_SKIP() << "cannot mount a tmpfs in a new mount namespace here (no CAP_SYS_ADMIN?)";
+    }
+    if (l_end.exit_code == 1 && k_full_disk_write_returns_normally) {
+        GTEST_SKIP() << "known defect: the file backend takes a short write on a full disk as done, so "
+                        "set_file_content returns normally; this test fails on it once that is fixed";
+    }
+    EXPECT_EQ(l_end.exit_code, 0) << "1: returned normally; 2: raised something other than es::file";
+#else
+    GTEST_SKIP() << "mounts a small tmpfs, which needs Linux";
+#endif
+}
+
+} // namespace
