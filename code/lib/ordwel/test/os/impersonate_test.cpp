@@ -297,7 +297,7 @@ TEST(impersonate_platform, last_error_is_one_line_of_the_platforms_text)
     EXPECT_NE(l_text.back(), '.') << l_text;
     EXPECT_NE(l_text.back(), ' ') << l_text;
     SetLastError(0x2BADBEEFUL);
-    EXPECT_EQ(l_last_error(), "error 732610287");
+    EXPECT_EQ(l_last_error(), "error 732806895");
 #else
     errno = ENOENT;
     EXPECT_EQ(l_last_error(), std::strerror(ENOENT));
