@@ -1,10 +1,10 @@
 #ifndef ORDWEL_BITSTREAM_H
 #define ORDWEL_BITSTREAM_H
 
-#include <cstring>
 #include <memory>
 
 #include <ordwel/export.h>
+#include <ordwel/internal/byte_order.h>
 #include <ordwel/stream.h>
 #include <ordwel/types.h>
 
@@ -20,51 +20,6 @@ namespace bitstream {
 // that agrees with the position in the byte stream, in the writer up to 32 bits.
 
 namespace detail {
-
-inline uint64 load_be64(unsigned char const *a_bytes)
-{
-    uint64 l_value;
-    std::memcpy(&l_value, a_bytes, sizeof l_value);
-#if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    return __builtin_bswap64(l_value);
-#elif defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    return l_value;
-#else
-    l_value = 0;
-    for (int l_index = 0; l_index < 8; ++l_index) {
-        l_value = (l_value << 8) | a_bytes[l_index];
-    }
-    return l_value;
-#endif
-}
-
-inline uint32 load_be32(unsigned char const *a_bytes)
-{
-    uint32 l_value;
-    std::memcpy(&l_value, a_bytes, sizeof l_value);
-#if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    return __builtin_bswap32(l_value);
-#elif defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    return l_value;
-#else
-    return (uint32(a_bytes[0]) << 24) | (uint32(a_bytes[1]) << 16) | (uint32(a_bytes[2]) << 8) | a_bytes[3];
-#endif
-}
-
-inline void store_be32(unsigned char *a_bytes, uint32 a_value)
-{
-#if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    a_value = __builtin_bswap32(a_value);
-    std::memcpy(a_bytes, &a_value, sizeof a_value);
-#elif defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-    std::memcpy(a_bytes, &a_value, sizeof a_value);
-#else
-    for (int l_index = 3; l_index >= 0; --l_index) {
-        a_bytes[l_index] = static_cast<unsigned char>(a_value);
-        a_value >>= 8;
-    }
-#endif
-}
 
 inline uint64 at_most_32(uint64 a_count)
 {
@@ -150,7 +105,7 @@ private:
     uint32 field(uint64 a_count) const
     {
         uint64 const l_position = m_bytes * 8 - m_bits;
-        uint64 const l_words = detail::load_be64(bytes() + (l_position >> 5) * 4);
+        uint64 const l_words = internal::load_be<uint64>(bytes() + (l_position >> 5) * 4);
         uint64 const l_top = (l_words << (l_position & 31)) >> 32;
         return static_cast<uint32>(l_top >> (32 - a_count));
     }
@@ -197,8 +152,8 @@ public:
         uint64 const l_position = m_size * 8 - m_free;
         unsigned char *const l_at = bytes() + (l_position >> 5) * 4;
         uint64 const l_field = ((static_cast<uint64>(a_value) << 32) << (32 - l_count)) >> (l_position & 31);
-        detail::store_be32(l_at, detail::load_be32(l_at) | static_cast<uint32>(l_field >> 32));
-        detail::store_be32(l_at + 4, static_cast<uint32>(l_field));
+        internal::store_be<uint32>(l_at, internal::load_be<uint32>(l_at) | static_cast<uint32>(l_field >> 32));
+        internal::store_be<uint32>(l_at + 4, static_cast<uint32>(l_field));
         m_free -= l_count;
     }
 

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include <ordwel/export.h>
+#include <ordwel/internal/byte_order.h>
 #include <ordwel/stream.h>
 #include <ordwel/types.h>
 
@@ -18,21 +19,19 @@ class order {
 public:
     template <class T> static T load_be(unsigned char const *a_at)
     {
-        return from_bits<T>(big_endian_host() ? bits_of<T>(a_at) : swapped(bits_of<T>(a_at)));
+        return from_bits<T>(internal::load_be<word_of<T>>(a_at));
     }
     template <class T> static T load_le(unsigned char const *a_at)
     {
-        return from_bits<T>(big_endian_host() ? swapped(bits_of<T>(a_at)) : bits_of<T>(a_at));
+        return from_bits<T>(internal::load_le<word_of<T>>(a_at));
     }
     template <class T> static void store_be(unsigned char *a_at, T a_value)
     {
-        auto const l_bits = bits_of<T>(reinterpret_cast<unsigned char const *>(&a_value));
-        put_bits(a_at, big_endian_host() ? l_bits : swapped(l_bits));
+        internal::store_be(a_at, bits_of<T>(a_value));
     }
     template <class T> static void store_le(unsigned char *a_at, T a_value)
     {
-        auto const l_bits = bits_of<T>(reinterpret_cast<unsigned char const *>(&a_value));
-        put_bits(a_at, big_endian_host() ? swapped(l_bits) : l_bits);
+        internal::store_le(a_at, bits_of<T>(a_value));
     }
 
 private:
@@ -40,30 +39,20 @@ private:
 
     template <class T> using word_of = typename word<sizeof(T)>::type;
 
-    static constexpr bool big_endian_host() { return __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__; }
-
-    template <class T> static word_of<T> bits_of(unsigned char const *a_at)
+    template <class T> static word_of<T> bits_of(T a_value)
     {
         static_assert(std::is_arithmetic<T>::value && !std::is_same<T, bool>::value, "only numbers have a byte order");
         word_of<T> l_bits;
-        std::memcpy(&l_bits, a_at, sizeof l_bits);
+        std::memcpy(&l_bits, &a_value, sizeof l_bits);
         return l_bits;
     }
     template <class T> static T from_bits(word_of<T> a_bits)
     {
+        static_assert(std::is_arithmetic<T>::value && !std::is_same<T, bool>::value, "only numbers have a byte order");
         T l_value;
         std::memcpy(&l_value, &a_bits, sizeof l_value);
         return l_value;
     }
-    template <class W> static void put_bits(unsigned char *a_at, W a_bits)
-    {
-        std::memcpy(a_at, &a_bits, sizeof a_bits);
-    }
-
-    static uint8 swapped(uint8 a_bits) { return a_bits; }
-    static uint16 swapped(uint16 a_bits) { return __builtin_bswap16(a_bits); }
-    static uint32 swapped(uint32 a_bits) { return __builtin_bswap32(a_bits); }
-    static uint64 swapped(uint64 a_bits) { return __builtin_bswap64(a_bits); }
 };
 
 template <> struct order::word<1> {

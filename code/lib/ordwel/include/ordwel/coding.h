@@ -7,6 +7,7 @@
 
 #include <ordwel/buffer.h>
 #include <ordwel/export.h>
+#include <ordwel/internal/byte_order.h>
 #include <ordwel/types.h>
 
 namespace ordwel {
@@ -166,70 +167,21 @@ private:
 // their bits. Signed values travel as their two's complement.
 namespace coding_detail {
 
-// Network order is big-endian: on a little-endian machine a load or store swaps the bytes of one
-// register, elsewhere the bytes are put together one by one.
-template <typename T> inline T swapped_network(T a_value)
-{
-#if defined(__GNUC__) && defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    if constexpr (sizeof(T) == 8) {
-        return __builtin_bswap64(a_value);
-    } else if constexpr (sizeof(T) == 4) {
-        return __builtin_bswap32(a_value);
-    } else if constexpr (sizeof(T) == 2) {
-        return __builtin_bswap16(a_value);
-    } else {
-        return a_value;
-    }
-#else
-    return a_value;
-#endif
-}
-
-template <typename T> inline void store_network(unsigned char *a_bytes, T a_value)
-{
-#if defined(__GNUC__) && defined(__BYTE_ORDER__) &&                                                                    \
-    (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ || __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__)
-    T const l_value = swapped_network(a_value);
-    std::memcpy(a_bytes, &l_value, sizeof l_value);
-#else
-    for (unsigned l_index = sizeof(T); l_index > 0; --l_index) {
-        a_bytes[l_index - 1] = static_cast<unsigned char>(a_value);
-        a_value = static_cast<T>(a_value >> 8);
-    }
-#endif
-}
-
-template <typename T> inline T load_network(unsigned char const *a_bytes)
-{
-#if defined(__GNUC__) && defined(__BYTE_ORDER__) &&                                                                    \
-    (__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ || __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__)
-    T l_value;
-    std::memcpy(&l_value, a_bytes, sizeof l_value);
-    return swapped_network(l_value);
-#else
-    T l_value = 0;
-    for (unsigned l_index = 0; l_index < sizeof(T); ++l_index) {
-        l_value = static_cast<T>((l_value << 8) | a_bytes[l_index]);
-    }
-    return l_value;
-#endif
-}
-
 template <typename T> inline void encode_network(T a_value, encoder_network &a_encoder)
 {
     unsigned char l_bytes[sizeof(T)];
-    store_network<T>(l_bytes, a_value);
+    internal::store_be<T>(l_bytes, a_value);
     a_encoder.write(l_bytes, sizeof(T));
 }
 
 template <typename T> inline T decode_network(decoder_network &a_decoder)
 {
-    return load_network<T>(a_decoder.advance(sizeof(T), 0));
+    return internal::load_be<T>(a_decoder.advance(sizeof(T), 0));
 }
 
 template <typename T> inline T peek_network(decoder_network const &a_decoder, uint64 a_offset)
 {
-    return load_network<T>(a_decoder.here(sizeof(T), a_offset));
+    return internal::load_be<T>(a_decoder.here(sizeof(T), a_offset));
 }
 
 } // namespace coding_detail

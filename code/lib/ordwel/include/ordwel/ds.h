@@ -4,18 +4,11 @@
 #include <cstdarg>
 
 #include <ordwel/export.h>
+#include <ordwel/internal/attributes.h>
 #include <ordwel/types.h>
 
 // What the library does when it cannot throw (ds), and numbered debug channels that print to the
 // standard error stream (ds_og). Channels 0 to 4 are on at start; channel 0 carries abort lines.
-
-#if defined(__MINGW32__)
-#define ORDWEL_PRINTF_FORMAT(a_format, a_first) __attribute__((format(gnu_printf, a_format, a_first)))
-#elif defined(__GNUC__)
-#define ORDWEL_PRINTF_FORMAT(a_format, a_first) __attribute__((format(printf, a_format, a_first)))
-#else
-#define ORDWEL_PRINTF_FORMAT(a_format, a_first)
-#endif
 
 namespace ordwel {
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <ordwel/export.h>
+#include <ordwel/internal/attributes.h>
 #include <ordwel/types.h>
 
 // Byte-string helpers used throughout the library. Imperative names change their argument in
@@ -56,13 +57,7 @@ ORDWEL_API std::string string_truncate(std::string const &a_text, unsigned int a
 ORDWEL_API std::string string_with_cstr(char const *a_text, uint64 a_length);
 
 // A printf format into a string. A null format, an empty result and a format error all give "".
-ORDWEL_API std::string string_with_format(char const *a_format, ...)
-#if defined(__MINGW32__)
-    __attribute__((format(gnu_printf, 1, 2)))
-#elif defined(__GNUC__)
-    __attribute__((format(printf, 1, 2)))
-#endif
-    ;
+ORDWEL_API std::string string_with_format(char const *a_format, ...) ORDWEL_PRINTF_FORMAT(1, 2);
 
 // The four bytes of a_code, most significant first; bytes below 32 or from 127 up become
 // a_substitute.

@@ -6,6 +6,7 @@
 #include <ordwel/strutil.h>
 
 #include "addr/url_scan.h"
+#include "core/byte_tables.h"
 
 namespace ordwel {
 
@@ -220,19 +221,14 @@ tail_layout scan_tail(char const *a_data, url_layout const &a_layout)
 
 // --- Coding -------------------------------------------------------------------------------------
 
+// A foreign character counts as the digit 0, so that "%zz" (value 0) stays as it is.
+constexpr internal::byte_table k_hex_value = internal::hex_value_table(0);
+
 struct coding_tables {
-    unsigned char m_hex_value[256];
     bool m_keep[256];
 
-    constexpr coding_tables() : m_hex_value(), m_keep()
+    constexpr coding_tables() : m_keep()
     {
-        for (int l_digit = 0; l_digit < 10; ++l_digit) {
-            m_hex_value['0' + l_digit] = static_cast<unsigned char>(l_digit);
-        }
-        for (int l_letter = 0; l_letter < 6; ++l_letter) {
-            m_hex_value['a' + l_letter] = static_cast<unsigned char>(10 + l_letter);
-            m_hex_value['A' + l_letter] = static_cast<unsigned char>(10 + l_letter);
-        }
         for (int l_byte = 'a'; l_byte <= 'z'; ++l_byte) {
             m_keep[l_byte] = true;
         }
@@ -249,7 +245,7 @@ struct coding_tables {
 };
 
 constexpr coding_tables k_coding;
-constexpr char k_hex_digits[] = "0123456789abcdef";
+using internal::k_hex_digits_lower;
 
 // One pass byte by byte: in encoded text '%' is frequent, and a search call per '%' costs more
 // than the plain loop.
@@ -273,8 +269,8 @@ void append_decoded(std::string &a_out, char const *a_data, size_type a_size)
             ++l_read;
             continue;
         }
-        unsigned int const l_value = 16u * k_coding.m_hex_value[static_cast<unsigned char>(l_read[1])] +
-                                     k_coding.m_hex_value[static_cast<unsigned char>(l_read[2])];
+        unsigned int const l_value = 16u * k_hex_value[static_cast<unsigned char>(l_read[1])] +
+                                     k_hex_value[static_cast<unsigned char>(l_read[2])];
         if (l_value != 0) {
             *l_out++ = static_cast<char>(l_value);
             l_read += 3;
@@ -611,8 +607,8 @@ std::string url_encode(std::string const &a_text, bool a_slash)
             *l_out++ = static_cast<char>(l_byte);
         } else {
             l_out[0] = '%';
-            l_out[1] = k_hex_digits[l_byte >> 4];
-            l_out[2] = k_hex_digits[l_byte & 0x0f];
+            l_out[1] = k_hex_digits_lower[l_byte >> 4];
+            l_out[2] = k_hex_digits_lower[l_byte & 0x0f];
             l_out += 3;
         }
     }

@@ -6,6 +6,8 @@
 #include <new>
 
 #include <ordwel/es.h>
+
+#include "core/byte_tables.h"
 #include <ordwel/file.h>
 
 namespace ordwel {
@@ -104,12 +106,12 @@ channel_mask &the_mask()
 // Made at load, so that the first channel test pays nothing.
 [[maybe_unused]] channel_mask &s_mask_at_load = the_mask();
 
-char const k_hex[] = "0123456789abcdef";
+using internal::k_hex_digits_lower;
 
 void put_hex_byte(char *a_target, unsigned char a_byte)
 {
-    a_target[0] = k_hex[a_byte >> 4];
-    a_target[1] = k_hex[a_byte & 15];
+    a_target[0] = k_hex_digits_lower[a_byte >> 4];
+    a_target[1] = k_hex_digits_lower[a_byte & 15];
 }
 
 } // namespace
@@ -154,7 +156,7 @@ void print_buf(uint64 a_channel, void const *a_bytes, uint64 a_size)
         std::memset(l_line, ' ', k_line_size);
         auto const l_low = static_cast<uint32>(l_position);
         for (int l_digit = 0; l_digit < 8; ++l_digit) {
-            l_line[l_digit] = k_hex[(l_low >> (28 - 4 * l_digit)) & 15U];
+            l_line[l_digit] = k_hex_digits_lower[(l_low >> (28 - 4 * l_digit)) & 15U];
         }
         for (uint64 l_index = 0; l_index < l_count; ++l_index) {
             unsigned char const l_byte = l_bytes[l_position + l_index];

@@ -5,6 +5,7 @@
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
+#include "diag/raise.h"
 #include "platform/systeminfo.h"
 
 namespace ordwel {
@@ -46,9 +47,8 @@ unsigned cpuinfo::active() const
     case platform::relation_status::no_memory:
         es::alloc::raise(ORDWEL_HERE, "unable to allocated buffer in cpubuffer::active()");
     case platform::relation_status::failed:
-        es::alloc::raise(
-            ORDWEL_HERE,
-            string_with_format("error calling GetLogicalProcessorInformation %d", static_cast<int>(l_error)).c_str());
+        diag::raise_format<es::alloc>(ORDWEL_HERE, "error calling GetLogicalProcessorInformation %d",
+                                      static_cast<int>(l_error));
     case platform::relation_status::ok:
         break;
     }

@@ -8,6 +8,7 @@
 #include <ordwel/strutil.h>
 #include <ordwel/url.h>
 
+#include "diag/raise.h"
 #include "platform/impersonate.h"
 
 namespace ordwel {
@@ -81,26 +82,23 @@ void impersonate_user::logon()
     if (m_token == 0) {
         std::intptr_t l_token = 0;
         if (!l_calls.logon_user(m_user.c_str(), m_domain.c_str(), m_password.c_str(), l_token)) {
-            es::call::raise(ORDWEL_HERE, string_with_format("unable to logon to host: '%s'. logon error: '%s'",
-                                                            m_host.c_str(), l_calls.last_error().c_str())
-                                             .c_str());
+            diag::raise_format<es::call>(ORDWEL_HERE, "unable to logon to host: '%s'. logon error: '%s'",
+                                         m_host.c_str(), l_calls.last_error().c_str());
         }
         m_token = l_token;
     }
     std::intptr_t l_copy = 0;
     if (!l_calls.duplicate_token(m_token, l_copy)) {
-        es::call::raise(ORDWEL_HERE, string_with_format("unable to logon to host: '%s'. duplication error: '%s'",
-                                                        m_host.c_str(), l_calls.last_error().c_str())
-                                         .c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "unable to logon to host: '%s'. duplication error: '%s'",
+                                     m_host.c_str(), l_calls.last_error().c_str());
     }
     bool const l_impersonating = l_calls.impersonate(l_copy);
     // The impersonation holds what it needs of the copy; the copy itself goes at once.
     std::string const l_reason = l_impersonating ? std::string() : l_calls.last_error();
     l_calls.close_copy(l_copy);
     if (!l_impersonating) {
-        es::call::raise(ORDWEL_HERE, string_with_format("unable to logon to host: '%s'. update credentials error: '%s'",
-                                                        m_host.c_str(), l_reason.c_str())
-                                         .c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "unable to logon to host: '%s'. update credentials error: '%s'",
+                                     m_host.c_str(), l_reason.c_str());
     }
     thread_identity &l_identity = this_thread_identity();
     l_identity.active = true;
@@ -119,9 +117,8 @@ void impersonate_user::logoff()
     }
     platform::impersonate_calls const &l_calls = platform::impersonate_backend();
     if (!l_calls.revert()) {
-        es::call::raise(ORDWEL_HERE, string_with_format("unable to logoff share: '%s'. revert credentials error: '%s'",
-                                                        m_host.c_str(), l_calls.last_error().c_str())
-                                         .c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "unable to logoff share: '%s'. revert credentials error: '%s'",
+                                     m_host.c_str(), l_calls.last_error().c_str());
     }
     this_thread_identity() = thread_identity();
 }

@@ -8,6 +8,7 @@
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
+#include "diag/raise.h"
 #include "platform/process.h"
 
 namespace ordwel {
@@ -89,9 +90,8 @@ bool environment_block_with_map(std::map<std::string, std::string> const &a_env,
         }
         // The entry, its NUL and the block's closing NUL must fit.
         if (a_block.size() + l_length + 2 > k_environment_size) {
-            es::call::raise(ORDWEL_HERE, string_with_format("environment block exceeds %u bytes",
-                                                            static_cast<unsigned>(k_environment_size))
-                                             .c_str());
+            diag::raise_format<es::call>(ORDWEL_HERE, "environment block exceeds %u bytes",
+                                         static_cast<unsigned>(k_environment_size));
         }
         a_block += l_entry.first;
         a_block += '=';
@@ -209,8 +209,7 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     int const l_error =
         create_child_process(l_command_line.c_str(), l_environment.empty() ? nullptr : l_environment.data());
     if (l_error != 0) {
-        es::call::raise(ORDWEL_HERE,
-                        string_with_format("failed to create child process (error code %i)", l_error).c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "failed to create child process (error code %i)", l_error);
     }
     // The child holds its own copy of its input's read end: the parent's goes at once, so that a
     // child that ends without reading breaks the pipe instead of leaving the monitor's write

@@ -10,6 +10,7 @@
 #include <ordwel/path.h>
 #include <ordwel/string_helpers.h>
 
+#include "diag/raise.h"
 #include "platform/file.h"
 #include "platform/systeminfo.h"
 
@@ -313,7 +314,7 @@ int execute_command(std::string const &a_command, std::string &a_output)
 {
     std::FILE *const l_pipe = platform::command_open(a_command.c_str());
     if (l_pipe == nullptr) {
-        es::call::raise(ORDWEL_HERE, string_with_format("Unable to run command '%s'", a_command.c_str()).c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "Unable to run command '%s'", a_command.c_str());
     }
     char l_piece[1024];
     while (std::fgets(l_piece, sizeof l_piece, l_pipe) != nullptr) {
@@ -514,7 +515,7 @@ file open_for_reading(std::string const &a_path)
 {
     file l_file(a_path, 0, 420);
     if (!l_file.is_open()) {
-        es::arg::raise(ORDWEL_HERE, string_with_format("failed to open file '%s'", a_path.c_str()).c_str());
+        diag::raise_format<es::arg>(ORDWEL_HERE, "failed to open file '%s'", a_path.c_str());
     }
     return l_file;
 }
@@ -523,7 +524,7 @@ void write_whole(std::string const &a_path, void const *a_data, uint64 a_size)
 {
     file l_file(a_path, file_write | file_create | file_truncate, 420);
     if (!l_file.is_open()) {
-        es::arg::raise(ORDWEL_HERE, string_with_format("failed to open/create file '%s'", a_path.c_str()).c_str());
+        diag::raise_format<es::arg>(ORDWEL_HERE, "failed to open/create file '%s'", a_path.c_str());
     }
     close_on_raise const l_guard(l_file);
     l_file.write(a_data, a_size);
@@ -560,7 +561,7 @@ void get_file_content(std::string const &a_path, std::string &a_content)
     uint64 const l_size = l_file.size();
     std::string l_block(static_cast<std::size_t>(l_size), '\0');
     if (l_file.read(&l_block[0], l_size) < l_size) {
-        es::call::raise(ORDWEL_HERE, string_with_format("failed to read file '%s'", a_path.c_str()).c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "failed to read file '%s'", a_path.c_str());
     }
     a_content.swap(l_block);
     l_file.close();
@@ -573,7 +574,7 @@ void get_file_content(std::string const &a_path, buffer &a_content)
     uint64 const l_size = l_file.size();
     a_content.resize(l_size);
     if (l_file.read(a_content.begin(), l_size) < l_size) {
-        es::call::raise(ORDWEL_HERE, string_with_format("failed to read file '%s'", a_path.c_str()).c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "failed to read file '%s'", a_path.c_str());
     }
     l_file.close();
 }
@@ -599,8 +600,7 @@ void remove_file(std::string const &a_path)
 {
     if (platform::file_unlink(a_path.c_str()) == -1) {
         std::string const l_reason = platform::errno_text(errno);
-        es::arg::raise(ORDWEL_HERE,
-                       string_with_format("failed to remove file '%s' (%s)", a_path.c_str(), l_reason.c_str()).c_str());
+        diag::raise_format<es::arg>(ORDWEL_HERE, "failed to remove file '%s' (%s)", a_path.c_str(), l_reason.c_str());
     }
 }
 

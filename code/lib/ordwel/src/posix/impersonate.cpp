@@ -1,8 +1,8 @@
 #include "platform/impersonate.h"
 
 #include <atomic>
-#include <cerrno>
-#include <cstring>
+
+#include "platform/error.h"
 
 namespace ordwel {
 namespace platform {
@@ -40,24 +40,12 @@ void posix_close_copy(std::intptr_t)
 {
 }
 
-std::string posix_last_error()
-{
-    char l_text[256] = {};
-    int const l_error = errno;
-#if defined(__GLIBC__) && defined(_GNU_SOURCE)
-    return strerror_r(l_error, l_text, sizeof(l_text));
-#else
-    strerror_r(l_error, l_text, sizeof(l_text));
-    return l_text;
-#endif
-}
-
 } // namespace
 
 impersonate_calls &impersonate_backend()
 {
     static impersonate_calls s_calls = {posix_logon_user, posix_duplicate_token, posix_impersonate,
-                                        posix_revert,     posix_close_copy,      posix_last_error};
+                                        posix_revert,     posix_close_copy,      last_error_text};
     return s_calls;
 }
 

@@ -16,9 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <cpuid.h>
-#endif
+#include "core/cpu_dispatch.h"
 
 // The POSIX counterparts of the Windows system queries: the password database, /proc and /sys,
 // uname, statfs and cpuid.
@@ -391,8 +389,10 @@ processor_facts read_processor_facts()
 #endif
     l_facts.m_processors = processor_count();
 #if defined(__x86_64__) || defined(__i386__)
-    unsigned int l_eax = 0, l_ebx = 0, l_ecx = 0, l_edx = 0;
-    if (__get_cpuid(1, &l_eax, &l_ebx, &l_ecx, &l_edx) != 0) {
+    internal::cpuid_registers l_leaf{};
+    if (internal::cpuid(1, 0, l_leaf)) {
+        uint32 const l_ecx = l_leaf.m_ecx;
+        uint32 const l_edx = l_leaf.m_edx;
         // The IsProcessorFeaturePresent numbers: 3 MMX, 6 SSE, 10 SSE2, 13 SSE3, 8 RDTSC.
         l_facts.m_features |= ((l_edx >> 23) & 1ULL) << 3;
         l_facts.m_features |= ((l_edx >> 25) & 1ULL) << 6;
@@ -400,9 +400,9 @@ processor_facts read_processor_facts()
         l_facts.m_features |= (static_cast<uint64>(l_ecx) & 1ULL) << 13;
         l_facts.m_features |= ((l_edx >> 4) & 1ULL) << 8;
     }
-    if (__get_cpuid(0x80000001U, &l_eax, &l_ebx, &l_ecx, &l_edx) != 0) {
+    if (internal::cpuid(0x80000001U, 0, l_leaf)) {
         // 7: 3DNow!
-        l_facts.m_features |= ((l_edx >> 31) & 1ULL) << 7;
+        l_facts.m_features |= ((l_leaf.m_edx >> 31) & 1ULL) << 7;
     }
 #endif
     return l_facts;

@@ -4,11 +4,13 @@
 
 #include <ordwel/es.h>
 
+#include "core/byte_tables.h"
+
 namespace ordwel {
 
 namespace {
 
-constexpr char k_alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+using internal::k_base64_alphabet;
 constexpr unsigned char k_bad = 255;
 // Set in every shifted entry of a foreign character: no valid group ever has it.
 constexpr uint32 k_bad_flag = 0x01000000;
@@ -30,7 +32,7 @@ constexpr decode_table decode_table_new()
         }
     }
     for (unsigned l_value = 0; l_value < 64; ++l_value) {
-        auto const l_byte = static_cast<unsigned char>(k_alphabet[l_value]);
+        auto const l_byte = static_cast<unsigned char>(k_base64_alphabet[l_value]);
         l_table.m_value[l_byte] = static_cast<unsigned char>(l_value);
         for (unsigned l_position = 0; l_position < 4; ++l_position) {
             l_table.m_shifted[l_position][l_byte] = l_value << (18 - 6 * l_position);

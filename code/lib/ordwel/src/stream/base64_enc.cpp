@@ -3,11 +3,13 @@
 #include <cstddef>
 #include <cstring>
 
+#include "core/byte_tables.h"
+
 namespace ordwel {
 
 namespace {
 
-constexpr char k_alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+using internal::k_base64_alphabet;
 
 // Every 12-bit value as its two characters, so that three bytes take two look-ups.
 struct pair_table {
@@ -18,8 +20,8 @@ constexpr pair_table pair_table_new()
 {
     pair_table l_table{};
     for (unsigned l_value = 0; l_value < 4096; ++l_value) {
-        l_table.m_pairs[l_value][0] = k_alphabet[l_value >> 6];
-        l_table.m_pairs[l_value][1] = k_alphabet[l_value & 63];
+        l_table.m_pairs[l_value][0] = k_base64_alphabet[l_value >> 6];
+        l_table.m_pairs[l_value][1] = k_base64_alphabet[l_value & 63];
     }
     return l_table;
 }
@@ -55,16 +57,16 @@ std::size_t encode_into(char *a_out, unsigned char const *a_bytes, std::size_t a
     std::size_t const l_rest = static_cast<std::size_t>(l_end - l_in);
     if (l_rest == 1) {
         uint32 const l_bits = uint32(l_in[0]) << 4;
-        l_out[0] = k_alphabet[l_bits >> 6];
-        l_out[1] = k_alphabet[l_bits & 63];
+        l_out[0] = k_base64_alphabet[l_bits >> 6];
+        l_out[1] = k_base64_alphabet[l_bits & 63];
         l_out[2] = '=';
         l_out[3] = '=';
         l_out += 4;
     } else if (l_rest == 2) {
         uint32 const l_bits = ((uint32(l_in[0]) << 8) | l_in[1]) << 2;
-        l_out[0] = k_alphabet[l_bits >> 12];
-        l_out[1] = k_alphabet[(l_bits >> 6) & 63];
-        l_out[2] = k_alphabet[l_bits & 63];
+        l_out[0] = k_base64_alphabet[l_bits >> 12];
+        l_out[1] = k_base64_alphabet[(l_bits >> 6) & 63];
+        l_out[2] = k_base64_alphabet[l_bits & 63];
         l_out[3] = '=';
         l_out += 4;
     }

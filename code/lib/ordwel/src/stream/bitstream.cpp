@@ -183,7 +183,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
                     break;
                 }
                 uint64 const l_at = 8 * static_cast<uint64>(l_hit - l_block);
-                if ((detail::load_be32(l_hit) & l_mask) == l_want) {
+                if ((internal::load_be<uint32>(l_hit) & l_mask) == l_want) {
                     m_bits = l_end - l_at - l_bits;
                     return true;
                 }
@@ -194,7 +194,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             l_word += l_words;
         }
         while (l_valid >= 64) {
-            uint64 const l_pair = detail::load_be64(l_block + 4 * l_word);
+            uint64 const l_pair = internal::load_be<uint64>(l_block + 4 * l_word);
             for (; l_offset < 32; l_offset += l_step) {
                 if ((static_cast<uint32>((l_pair << l_offset) >> 32) & l_mask) == l_want) {
                     m_bits = l_valid - l_offset - l_bits;
@@ -217,7 +217,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
     }
     // The end of the data: the last one or two words, only spans that lie in the data.
     for (uint64 l_base = 0; l_base < l_valid; l_base += 32) {
-        uint64 const l_pair = detail::load_be64(l_block + l_base / 8);
+        uint64 const l_pair = internal::load_be<uint64>(l_block + l_base / 8);
         for (; l_offset < 32 && l_base + l_offset + l_bits <= l_valid; l_offset += l_step) {
             if ((static_cast<uint32>((l_pair << l_offset) >> 32) & l_mask) == l_want) {
                 m_bits = l_valid - l_base - l_offset - l_bits;

@@ -4,39 +4,21 @@
 
 #include <ordwel/es.h>
 
+#include "core/byte_tables.h"
+
 namespace ordwel {
 
 namespace {
 
 // Each digit's value, both cases; 255 for every other byte.
-struct digit_table {
-    unsigned char m_value[256];
-};
-
-constexpr digit_table digit_table_new()
-{
-    digit_table l_table{};
-    for (unsigned l_byte = 0; l_byte < 256; ++l_byte) {
-        l_table.m_value[l_byte] = 255;
-    }
-    for (unsigned l_value = 0; l_value < 10; ++l_value) {
-        l_table.m_value['0' + l_value] = static_cast<unsigned char>(l_value);
-    }
-    for (unsigned l_value = 0; l_value < 6; ++l_value) {
-        l_table.m_value['a' + l_value] = static_cast<unsigned char>(10 + l_value);
-        l_table.m_value['A' + l_value] = static_cast<unsigned char>(10 + l_value);
-    }
-    return l_table;
-}
-
-constexpr digit_table k_table = digit_table_new();
+constexpr internal::byte_table k_table = internal::hex_value_table(255);
 
 // A foreign character's 255 sets every bit it touches: "g0" is 0xf0, "0g" is 0xff.
 void decode_into(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
 {
     for (std::size_t l_index = 0; l_index < a_count; ++l_index) {
-        unsigned const l_high = k_table.m_value[a_text[2 * l_index]];
-        unsigned const l_low = k_table.m_value[a_text[2 * l_index + 1]];
+        unsigned const l_high = k_table[a_text[2 * l_index]];
+        unsigned const l_low = k_table[a_text[2 * l_index + 1]];
         a_out[l_index] = static_cast<unsigned char>((l_high << 4) | l_low);
     }
 }

@@ -3,32 +3,18 @@
 #include <cstddef>
 #include <cstring>
 
+#include "core/byte_tables.h"
+
 namespace ordwel {
 
 namespace {
 
-// Every byte as its two lowercase digits, high digit first.
-struct pair_table {
-    char m_pairs[256][2];
-};
-
-constexpr pair_table pair_table_new()
-{
-    constexpr char l_digits[] = "0123456789abcdef";
-    pair_table l_table{};
-    for (unsigned l_byte = 0; l_byte < 256; ++l_byte) {
-        l_table.m_pairs[l_byte][0] = l_digits[l_byte >> 4];
-        l_table.m_pairs[l_byte][1] = l_digits[l_byte & 15];
-    }
-    return l_table;
-}
-
-constexpr pair_table k_table = pair_table_new();
+constexpr internal::hex_pair_table k_table = internal::hex_pair_table_new();
 
 void encode_into(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
     for (std::size_t l_index = 0; l_index < a_size; ++l_index) {
-        std::memcpy(a_out + 2 * l_index, k_table.m_pairs[a_bytes[l_index]], 2);
+        std::memcpy(a_out + 2 * l_index, k_table[a_bytes[l_index]], 2);
     }
 }
 

@@ -1,7 +1,5 @@
 #include <ordwel/stream.h>
 
-#include <cstring>
-
 #include <ordwel/es.h>
 
 #include "stream/stream_seek.h"
@@ -29,13 +27,7 @@ void buf::resize(uint64 a_size)
 uint64 buf::peek(void *a_destination, uint64 a_size)
 {
     // After a resize below the position nothing is left to read (and nothing wraps).
-    uint64 const l_size = m_buffer->size();
-    uint64 const l_left = m_pos < l_size ? l_size - m_pos : 0;
-    uint64 const l_count = a_size < l_left ? a_size : l_left;
-    if (l_count != 0) {
-        std::memcpy(a_destination, m_buffer->begin() + m_pos, static_cast<std::size_t>(l_count));
-    }
-    return l_count;
+    return copy_from(a_destination, a_size, m_buffer->begin(), m_buffer->size(), m_pos);
 }
 
 uint64 buf::read(void *a_destination, uint64 a_size)
@@ -52,11 +44,7 @@ uint64 buf::tell()
 
 uint64 buf::seek(sint64 a_offset, whence a_whence)
 {
-    uint64 l_target = 0;
-    if (!seek_target(m_pos, m_buffer->size(), a_offset, a_whence, l_target)) {
-        es::range::raise(ORDWEL_HERE, nullptr);
-    }
-    m_pos = l_target;
+    m_pos = seek_checked(m_pos, m_buffer->size(), a_offset, a_whence, ORDWEL_HERE);
     return m_pos;
 }
 

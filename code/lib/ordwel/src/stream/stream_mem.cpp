@@ -24,12 +24,7 @@ void mem::set(void *a_data, uint64 a_size)
 
 uint64 mem::peek(void *a_destination, uint64 a_size)
 {
-    uint64 const l_left = m_size - m_pos;
-    uint64 const l_count = a_size < l_left ? a_size : l_left;
-    if (l_count != 0) {
-        std::memcpy(a_destination, m_data + m_pos, static_cast<std::size_t>(l_count));
-    }
-    return l_count;
+    return copy_from(a_destination, a_size, m_data, m_size, m_pos);
 }
 
 uint64 mem::read(void *a_destination, uint64 a_size)
@@ -46,11 +41,7 @@ uint64 mem::tell()
 
 uint64 mem::seek(sint64 a_offset, whence a_whence)
 {
-    uint64 l_target = 0;
-    if (!seek_target(m_pos, m_size, a_offset, a_whence, l_target)) {
-        es::range::raise(ORDWEL_HERE, nullptr);
-    }
-    m_pos = l_target;
+    m_pos = seek_checked(m_pos, m_size, a_offset, a_whence, ORDWEL_HERE);
     return m_pos;
 }
 

@@ -8,6 +8,7 @@
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
+#include "diag/raise.h"
 #include "sync/forced_unwind.h"
 
 namespace ordwel {
@@ -106,10 +107,8 @@ bool callqueue::exited() const
 void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags)
 {
     if (exited()) {
-        es::call::raise(
-            ORDWEL_HERE,
-            string_with_format("Cannot add '%s' call to callqueue: callqueue has already exit()ed.", a_id.c_str())
-                .c_str());
+        diag::raise_format<es::call>(ORDWEL_HERE, "Cannot add '%s' call to callqueue: callqueue has already exit()ed.",
+                                     a_id.c_str());
     }
     if (!a_call) {
         es::null::raise(ORDWEL_HERE, "callqueue call is null");

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "text/format.h"
+
 namespace ordwel {
 
 bool contains(std::string const &a_sought, std::string const &a_text)
@@ -240,7 +242,7 @@ std::string string_with_cstr(char const *a_text, uint64 a_length)
     return std::string(a_text, static_cast<std::string::size_type>(a_length));
 }
 
-std::string string_with_format(char const *a_format, ...)
+std::string string_with_format_va(char const *a_format, va_list a_args)
 {
     if (a_format == nullptr) {
         return std::string();
@@ -249,7 +251,7 @@ std::string string_with_format(char const *a_format, ...)
     // longer text takes a second pass into a string of the measured size.
     char l_small[256];
     va_list l_args;
-    va_start(l_args, a_format);
+    va_copy(l_args, a_args);
     int const l_length = std::vsnprintf(l_small, sizeof l_small, a_format, l_args);
     va_end(l_args);
     if (l_length < 1) {
@@ -259,12 +261,21 @@ std::string string_with_format(char const *a_format, ...)
         return std::string(l_small, static_cast<std::size_t>(l_length));
     }
     std::string l_result(static_cast<std::size_t>(l_length), '\0');
-    va_start(l_args, a_format);
+    va_copy(l_args, a_args);
     int const l_written = std::vsnprintf(&l_result[0], l_result.size() + 1, a_format, l_args);
     va_end(l_args);
     if (l_written <= 0) {
         return std::string();
     }
+    return l_result;
+}
+
+std::string string_with_format(char const *a_format, ...)
+{
+    va_list l_args;
+    va_start(l_args, a_format);
+    std::string l_result = string_with_format_va(a_format, l_args);
+    va_end(l_args);
     return l_result;
 }
 

@@ -10,6 +10,7 @@
 #include <ordwel/string_helpers.h>
 
 #include "core/arith.h"
+#include "diag/raise.h"
 
 namespace ordwel {
 
@@ -265,7 +266,7 @@ timecode::timecode(std::string const &a_text) : fraction<unsigned int>(0, 1), m_
         ++l_found;
     }
     if (l_found != 4 && l_found != 5) {
-        es::arg::raise(ORDWEL_HERE, string_with_format("Invalid timecode '%s'", a_text.c_str()).c_str());
+        diag::raise_format<es::arg>(ORDWEL_HERE, "Invalid timecode '%s'", a_text.c_str());
     }
     if (l_found == 5) {
         m_mode = mode_from_string(l_mode);

@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include "platform/error.h"
+
 namespace ordwel {
 namespace platform {
 
@@ -42,29 +44,12 @@ void win_close_copy(std::intptr_t a_copy)
     CloseHandle(reinterpret_cast<HANDLE>(a_copy));
 }
 
-// FormatMessageA's text of GetLastError, without the line end that it carries.
-std::string win_last_error()
-{
-    DWORD const l_error = GetLastError();
-    char l_text[512] = {};
-    DWORD l_size = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, l_error, 0,
-                                  l_text, sizeof(l_text), nullptr);
-    while (l_size > 0 && (l_text[l_size - 1] == '\n' || l_text[l_size - 1] == '\r' || l_text[l_size - 1] == ' ' ||
-                          l_text[l_size - 1] == '.')) {
-        --l_size;
-    }
-    if (l_size == 0) {
-        return "error " + std::to_string(l_error);
-    }
-    return std::string(l_text, l_size);
-}
-
 } // namespace
 
 impersonate_calls &impersonate_backend()
 {
     static impersonate_calls s_calls = {win_logon_user, win_duplicate_token, win_impersonate,
-                                        win_revert,     win_close_copy,      win_last_error};
+                                        win_revert,     win_close_copy,      last_error_text};
     return s_calls;
 }
 

@@ -37,6 +37,17 @@ std::size_t utf16_piece(wchar_t const *a_text, std::size_t a_length)
     return (a_text[k_piece - 1] >= 0xD800 && a_text[k_piece - 1] <= 0xDBFF) ? k_piece - 1 : k_piece;
 }
 
+// Appends the a_done units that a conversion call wrote (none when it failed), up to the first NUL.
+template <typename t_unit, typename t_string>
+void append_written(std::vector<t_unit> const &a_units, int a_done, t_string &a_out)
+{
+    std::size_t l_length = 0;
+    while (l_length < static_cast<std::size_t>(a_done > 0 ? a_done : 0) && a_units[l_length] != t_unit(0)) {
+        ++l_length;
+    }
+    a_out.append(a_units.data(), l_length);
+}
+
 // One MultiByteToWideChar conversion, first sizing and then filling. A piece that is the whole
 // rest of the text also takes its terminating NUL along, which then ends the result.
 void append_wide(UINT a_code_page, char const *a_text, std::size_t a_count, std::wstring &a_out)
@@ -47,11 +58,7 @@ void append_wide(UINT a_code_page, char const *a_text, std::size_t a_count, std:
     }
     std::vector<wchar_t> l_wide(static_cast<std::size_t>(l_size) + 1, L'\0');
     int const l_done = MultiByteToWideChar(a_code_page, 0, a_text, static_cast<int>(a_count), l_wide.data(), l_size);
-    std::size_t l_length = 0;
-    while (l_length < static_cast<std::size_t>(l_done > 0 ? l_done : 0) && l_wide[l_length] != L'\0') {
-        ++l_length;
-    }
-    a_out.append(l_wide.data(), l_length);
+    append_written(l_wide, l_done, a_out);
 }
 
 void append_narrow(UINT a_code_page, wchar_t const *a_text, std::size_t a_count, std::string &a_out)
@@ -64,39 +71,35 @@ void append_narrow(UINT a_code_page, wchar_t const *a_text, std::size_t a_count,
     std::vector<char> l_bytes(static_cast<std::size_t>(l_size) + 1, '\0');
     int const l_done = WideCharToMultiByte(a_code_page, 0, a_text, static_cast<int>(a_count), l_bytes.data(), l_size,
                                            nullptr, nullptr);
-    std::size_t l_length = 0;
-    while (l_length < static_cast<std::size_t>(l_done > 0 ? l_done : 0) && l_bytes[l_length] != '\0') {
-        ++l_length;
+    append_written(l_bytes, l_done, a_out);
+}
+
+// A UTF-8 conversion of a whole text, piece by piece: a_cut ends each piece on a character
+// boundary, a_append converts it; the last piece takes the terminating NUL along.
+template <typename t_out, typename t_unit, typename t_cut, typename t_append>
+t_out utf8_converted(t_unit const *a_text, std::size_t a_length, t_cut a_cut, t_append a_append)
+{
+    t_out l_out;
+    while (a_length > k_piece) {
+        std::size_t const l_count = a_cut(a_text, a_length);
+        a_append(CP_UTF8, a_text, l_count, l_out);
+        a_text += l_count;
+        a_length -= l_count;
     }
-    a_out.append(l_bytes.data(), l_length);
+    a_append(CP_UTF8, a_text, a_length + 1, l_out);
+    return l_out;
 }
 
 } // namespace
 
 std::wstring wide_with_utf8(char const *a_text, std::size_t a_length)
 {
-    std::wstring l_wide;
-    while (a_length > k_piece) {
-        std::size_t const l_count = utf8_piece(a_text, a_length);
-        append_wide(CP_UTF8, a_text, l_count, l_wide);
-        a_text += l_count;
-        a_length -= l_count;
-    }
-    append_wide(CP_UTF8, a_text, a_length + 1, l_wide);
-    return l_wide;
+    return utf8_converted<std::wstring>(a_text, a_length, utf8_piece, append_wide);
 }
 
 std::string utf8_with_wide(wchar_t const *a_text, std::size_t a_length)
 {
-    std::string l_text;
-    while (a_length > k_piece) {
-        std::size_t const l_count = utf16_piece(a_text, a_length);
-        append_narrow(CP_UTF8, a_text, l_count, l_text);
-        a_text += l_count;
-        a_length -= l_count;
-    }
-    append_narrow(CP_UTF8, a_text, a_length + 1, l_text);
-    return l_text;
+    return utf8_converted<std::string>(a_text, a_length, utf16_piece, append_narrow);
 }
 
 // UTF-8 to UTF-16 to the ANSI code page (code page 0), through arrays of the text's length plus
