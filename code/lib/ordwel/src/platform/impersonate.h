@@ -28,7 +28,7 @@ struct impersonate_calls {
     std::string (*last_error)();
 };
 
-ORDWEL_API impersonate_calls &impersonate_backend();
+impersonate_calls &impersonate_backend();
 
 } // namespace platform
 } // namespace ordwel

@@ -9,7 +9,7 @@
 
 #include <ordwel/es.h>
 
-#include "../../src/platform/impersonate.h"
+#include "platform/impersonate.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../../src/sync/mutex_text.h"
+#include "sync/mutex_text.h"
 #include "support/test_support.h"
 
 namespace {
