@@ -10,6 +10,7 @@
 #include <ordwel/path.h>
 #include <ordwel/string_helpers.h>
 
+#include "os/os_error.h"
 #include "platform/file.h"
 #include "platform/systeminfo.h"
 
@@ -434,12 +435,7 @@ std::string get_os_version_string(os_version a_version)
 
 std::string get_last_os_error()
 {
-    unsigned long const l_error = platform::last_error();
-    std::string const l_text = platform::error_text(l_error);
-    if (l_text.empty()) {
-        return string_with_format("Unknown error %lu", l_error);
-    }
-    return trimmed(l_text, k_blanks);
+    return os_error_text(platform::last_failure());
 }
 
 bool has_local_non_native_access(std::string const &a_path)
@@ -454,6 +450,15 @@ bool has_local_non_native_access(std::string const &a_path)
 }
 
 } // namespace env
+
+std::string os_error_text(platform::status const &a_status)
+{
+    std::string const l_text = platform::status_text(a_status);
+    if (l_text.empty()) {
+        return string_with_format("Unknown error %lu", a_status.m_code);
+    }
+    return trimmed(l_text, env::k_blanks);
+}
 
 namespace fileutil {
 
@@ -570,8 +575,9 @@ void set_file_content(std::string const &a_path, buffer const &a_content)
 
 void remove_file(std::string const &a_path)
 {
-    if (platform::file_unlink(a_path.c_str()) == -1) {
-        std::string const l_reason = platform::errno_text(errno);
+    platform::status const l_status = platform::file_unlink(a_path.c_str());
+    if (l_status.failed()) {
+        std::string const l_reason = platform::status_text(l_status);
         es::arg::raise(ORDWEL_HERE,
                        string_with_format("failed to remove file '%s' (%s)", a_path.c_str(), l_reason.c_str()).c_str());
     }

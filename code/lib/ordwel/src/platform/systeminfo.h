@@ -43,13 +43,6 @@ bool processor_mhz(unsigned &a_mhz);
 // Idle, kernel (idle included) and user time since the system started; false on failure.
 bool system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user);
 
-// The calling thread's last error number, and the platform's text for it (empty when it has
-// none).
-unsigned long last_error();
-std::string error_text(unsigned long a_error);
-// The C runtime's text for an errno value.
-std::string errno_text(int a_errno);
-
 // What the version queries read. a_windows is false on a platform that is not Windows; then the
 // records carry what that platform tells of its own version.
 struct version_facts {
