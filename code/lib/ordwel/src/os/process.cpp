@@ -1,10 +1,9 @@
 #include <ordwel/process.h>
 
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
 #include <thread>
 
+#include <ordwel/condition.h>
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
@@ -25,8 +24,8 @@ constexpr unsigned k_read_size = 4096;
 // recording against the destructor and terminate, and every signal to the child against its
 // reaping, so that no signal ever reaches a process that reused the child's id.
 struct process::info {
-    std::mutex m_lock;
-    std::condition_variable m_changed;
+    mutex m_lock;
+    condition m_changed;
 
     platform::child_record m_child;
     platform::handle m_out_read = platform::k_no_handle;
@@ -222,23 +221,23 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     m_monitor.start(*this);
     m_monitor.detach();
     {
-        std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+        scoped_mutex::lock l_lock(l_info.m_lock);
         l_info.m_ready = true;
     }
-    l_info.m_changed.notify_all();
+    l_info.m_changed.broadcast();
 }
 
 process::~process()
 {
     {
-        std::unique_lock<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_info->m_started) {
             // The monitor copies its reference to the shared record first thing; the record must
             // not go before that. A finished call running on another thread is let to end, as it
             // may still be reading this object.
-            m_info->m_changed.wait(l_lock, [this] {
-                return m_info->m_taken && (!m_info->m_reporting || m_info->m_monitor_id == std::this_thread::get_id());
-            });
+            while (!m_info->m_taken || (m_info->m_reporting && m_info->m_monitor_id != std::this_thread::get_id())) {
+                m_info->m_changed.wait(m_info->m_lock);
+            }
         }
         m_info->m_cancelled = true;
     }
@@ -294,7 +293,7 @@ void process::pause()
     platform::status l_status;
     platform::walk_step l_failed = platform::walk_step::snapshot;
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_pid != 0 && !m_info->m_reaped) {
             l_status = platform::child_suspend(m_info->m_child, l_failed);
         }
@@ -312,7 +311,7 @@ void process::resume()
     platform::status l_status;
     platform::walk_step l_failed = platform::walk_step::snapshot;
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_pid != 0 && !m_info->m_reaped) {
             l_status = platform::child_resume(m_info->m_child, l_failed);
         }
@@ -336,13 +335,13 @@ void process::terminate(bool a_cancel_monitor)
     if (a_cancel_monitor) {
         // The monitor's cancellation: it ends at its cancel point, after the child's end, without
         // results and without a report.
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         m_info->m_cancelled = true;
     }
     if (m_paused) {
         resume();
     }
-    std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+    scoped_mutex::lock l_lock(m_info->m_lock);
     if (m_pid != 0 && !m_info->m_reaped) {
         platform::child_kill(m_info->m_child, 0);
     }
@@ -353,7 +352,7 @@ void process::terminate(bool a_cancel_monitor)
 void process::terminate_process_tree(bool a_cancel_monitor)
 {
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_pid != 0 && !m_info->m_reaped) {
             platform::child_kill_children(m_info->m_child);
         }
@@ -409,13 +408,15 @@ void process::operator()()
     {
         // A child may end before the constructor has even detached this thread; a finished call
         // that destroys the object must find the constructor done with it.
-        std::unique_lock<std::mutex> l_lock(m_info->m_lock);
-        m_info->m_changed.wait(l_lock, [this] { return m_info->m_ready; });
+        scoped_mutex::lock l_lock(m_info->m_lock);
+        while (!m_info->m_ready) {
+            m_info->m_changed.wait(m_info->m_lock);
+        }
         l_shared = m_info;
         l_shared->m_taken = true;
         l_shared->m_monitor_id = std::this_thread::get_id();
     }
-    l_shared->m_changed.notify_all();
+    l_shared->m_changed.broadcast();
     // From here on the object itself is touched only under the record's lock and only while the
     // monitor is not cancelled: the destructor cancels it under that lock.
     info &l_info = *l_shared;
@@ -459,7 +460,7 @@ void process::operator()()
     platform::child_outcome l_outcome;
     process::status *l_listener = nullptr;
     {
-        std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+        scoped_mutex::lock l_lock(l_info.m_lock);
         platform::child_collect(l_info.m_child, l_outcome);
         l_info.m_reaped = true;
         if (l_info.m_cancelled) {
@@ -486,10 +487,10 @@ void process::operator()()
     if (l_listener != nullptr) {
         l_listener->finished(this);
         {
-            std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+            scoped_mutex::lock l_lock(l_info.m_lock);
             l_info.m_reporting = false;
         }
-        l_info.m_changed.notify_all();
+        l_info.m_changed.broadcast();
     }
 }
 
