@@ -1,7 +1,7 @@
 # The library is built from layers: one folder of code/lib/ordwel/src each, listed bottom up in
 # code/lib/ordwel/CMakeLists.txt. A layer names its sources, the public headers it implements and
-# the layers below it that it may use. The sources go into the one ordwel target; the declarations
-# go into a manifest that the layering check (cmake/check_layers.cmake, run by ctest) reads.
+# the layers below it that it may use. The sources go into the object library ordwel_objects, of
+# which ordwel (and, for the tests, ordwel_private) is made; the declarations go into a manifest that the layering check (cmake/check_layers.cmake, run by ctest) reads.
 
 # ordwel_layer(<name> [BUILD <bool>] [USES <layer>...] [SOURCES <file>...] [HEADERS <header>...])
 #   BUILD    whether this build compiles the layer (default yes); the check reads it either way,
@@ -22,7 +22,7 @@ function(ordwel_layer a_name)
   endforeach()
   if(l_BUILD)
     list(TRANSFORM l_SOURCES PREPEND "${ORDWEL_SOURCE_ROOT}/${a_name}/" OUTPUT_VARIABLE l_paths)
-    target_sources(ordwel PRIVATE ${l_paths})
+    target_sources(ordwel_objects PRIVATE ${l_paths})
   endif()
   set_property(GLOBAL APPEND PROPERTY ORDWEL_LAYERS ${a_name})
   set_property(GLOBAL PROPERTY ORDWEL_LAYER_${a_name}_DECLARED ON)

@@ -1,5 +1,6 @@
 #include <ordwel/cpuinfo.h>
 
+#include <new>
 #include <vector>
 
 #include <ordwel/es.h>
@@ -42,15 +43,15 @@ unsigned cpuinfo::present() const
 unsigned cpuinfo::active() const
 {
     std::vector<platform::processor_relation> l_records;
-    unsigned long l_error = 0;
-    switch (platform::processor_relations(l_records, l_error)) {
-    case platform::relation_status::no_memory:
+    platform::status l_status;
+    try {
+        l_status = platform::processor_relations(l_records);
+    } catch (std::bad_alloc const &) {
         es::alloc::raise(ORDWEL_HERE, "unable to allocated buffer in cpubuffer::active()");
-    case platform::relation_status::failed:
+    }
+    if (l_status.failed()) {
         diag::raise_format<es::alloc>(ORDWEL_HERE, "error calling GetLogicalProcessorInformation %d",
-                                      static_cast<int>(l_error));
-    case platform::relation_status::ok:
-        break;
+                                      static_cast<int>(l_status.m_code));
     }
     unsigned l_count = 0;
     for (platform::processor_relation const &l_record : l_records) {

@@ -1,6 +1,7 @@
 #include <ordwel/impersonate.h>
 
 #include <exception>
+#include <string>
 #include <vector>
 
 #include <ordwel/es.h>
@@ -8,7 +9,6 @@
 #include <ordwel/strutil.h>
 #include <ordwel/url.h>
 
-#include "diag/raise.h"
 #include "platform/impersonate.h"
 
 namespace ordwel {
@@ -25,6 +25,18 @@ thread_identity &this_thread_identity()
 {
     thread_local thread_identity s_identity;
     return s_identity;
+}
+
+// The platform's text of a failed logon step, without the line end and full stop that it may
+// carry; "error <number>" where the platform has none.
+std::string reason_with_status(platform::status const &a_status)
+{
+    std::string l_text = platform::status_text(a_status);
+    while (!l_text.empty() &&
+           (l_text.back() == '\n' || l_text.back() == '\r' || l_text.back() == ' ' || l_text.back() == '.')) {
+        l_text.pop_back();
+    }
+    return l_text.empty() ? "error " + std::to_string(a_status.m_code) : l_text;
 }
 
 } // namespace
@@ -81,24 +93,29 @@ void impersonate_user::logon()
     platform::impersonate_calls const &l_calls = platform::impersonate_backend();
     if (m_token == 0) {
         std::intptr_t l_token = 0;
-        if (!l_calls.logon_user(m_user.c_str(), m_domain.c_str(), m_password.c_str(), l_token)) {
-            diag::raise_format<es::call>(ORDWEL_HERE, "unable to logon to host: '%s'. logon error: '%s'",
-                                         m_host.c_str(), l_calls.last_error().c_str());
+        platform::status const l_status =
+            l_calls.logon_user(m_user.c_str(), m_domain.c_str(), m_password.c_str(), l_token);
+        if (l_status.failed()) {
+            es::call::raise(ORDWEL_HERE, string_with_format("unable to logon to host: '%s'. logon error: '%s'",
+                                                            m_host.c_str(), reason_with_status(l_status).c_str())
+                                             .c_str());
         }
         m_token = l_token;
     }
     std::intptr_t l_copy = 0;
-    if (!l_calls.duplicate_token(m_token, l_copy)) {
-        diag::raise_format<es::call>(ORDWEL_HERE, "unable to logon to host: '%s'. duplication error: '%s'",
-                                     m_host.c_str(), l_calls.last_error().c_str());
+    platform::status const l_duplicated = l_calls.duplicate_token(m_token, l_copy);
+    if (l_duplicated.failed()) {
+        es::call::raise(ORDWEL_HERE, string_with_format("unable to logon to host: '%s'. duplication error: '%s'",
+                                                        m_host.c_str(), reason_with_status(l_duplicated).c_str())
+                                         .c_str());
     }
-    bool const l_impersonating = l_calls.impersonate(l_copy);
+    platform::status const l_impersonated = l_calls.impersonate(l_copy);
     // The impersonation holds what it needs of the copy; the copy itself goes at once.
-    std::string const l_reason = l_impersonating ? std::string() : l_calls.last_error();
     l_calls.close_copy(l_copy);
-    if (!l_impersonating) {
-        diag::raise_format<es::call>(ORDWEL_HERE, "unable to logon to host: '%s'. update credentials error: '%s'",
-                                     m_host.c_str(), l_reason.c_str());
+    if (l_impersonated.failed()) {
+        es::call::raise(ORDWEL_HERE, string_with_format("unable to logon to host: '%s'. update credentials error: '%s'",
+                                                        m_host.c_str(), reason_with_status(l_impersonated).c_str())
+                                         .c_str());
     }
     thread_identity &l_identity = this_thread_identity();
     l_identity.active = true;
@@ -116,9 +133,11 @@ void impersonate_user::logoff()
         return;
     }
     platform::impersonate_calls const &l_calls = platform::impersonate_backend();
-    if (!l_calls.revert()) {
-        diag::raise_format<es::call>(ORDWEL_HERE, "unable to logoff share: '%s'. revert credentials error: '%s'",
-                                     m_host.c_str(), l_calls.last_error().c_str());
+    platform::status const l_status = l_calls.revert();
+    if (l_status.failed()) {
+        es::call::raise(ORDWEL_HERE, string_with_format("unable to logoff share: '%s'. revert credentials error: '%s'",
+                                                        m_host.c_str(), reason_with_status(l_status).c_str())
+                                         .c_str());
     }
     this_thread_identity() = thread_identity();
 }

@@ -1,10 +1,9 @@
 #include <ordwel/process.h>
 
-#include <condition_variable>
 #include <cstdio>
-#include <mutex>
 #include <thread>
 
+#include <ordwel/condition.h>
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
@@ -26,8 +25,8 @@ constexpr unsigned k_read_size = 4096;
 // recording against the destructor and terminate, and every signal to the child against its
 // reaping, so that no signal ever reaches a process that reused the child's id.
 struct process::info {
-    std::mutex m_lock;
-    std::condition_variable m_changed;
+    mutex m_lock;
+    condition m_changed;
 
     platform::child_record m_child;
     platform::handle m_out_read = platform::k_no_handle;
@@ -185,16 +184,16 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     l_info.m_listener = m_listener;
 
     if (l_info.m_capture) {
-        if (!platform::pipe_create(l_info.m_out_read, l_info.m_out_write)) {
+        if (platform::pipe_create(l_info.m_out_read, l_info.m_out_write).failed()) {
             es::call::raise(ORDWEL_HERE, "failed to create pipe (child stdout)");
         }
-        if (!platform::handle_set_uninheritable(l_info.m_out_read)) {
+        if (platform::handle_set_uninheritable(l_info.m_out_read).failed()) {
             es::call::raise(ORDWEL_HERE, "failed to configure pipe (child stdout)");
         }
-        if (!platform::pipe_create(l_info.m_in_read, l_info.m_in_write)) {
+        if (platform::pipe_create(l_info.m_in_read, l_info.m_in_write).failed()) {
             es::call::raise(ORDWEL_HERE, "failed to create pipe");
         }
-        if (!platform::handle_set_uninheritable(l_info.m_in_write)) {
+        if (platform::handle_set_uninheritable(l_info.m_in_write).failed()) {
             es::call::raise(ORDWEL_HERE, "failed to configure pipe (child stdin)");
         }
         l_info.m_stdin_data = m_stdin_data;
@@ -221,23 +220,23 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     m_monitor.start(*this);
     m_monitor.detach();
     {
-        std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+        scoped_mutex::lock l_lock(l_info.m_lock);
         l_info.m_ready = true;
     }
-    l_info.m_changed.notify_all();
+    l_info.m_changed.broadcast();
 }
 
 process::~process()
 {
     {
-        std::unique_lock<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_info->m_started) {
             // The monitor copies its reference to the shared record first thing; the record must
             // not go before that. A finished call running on another thread is let to end, as it
             // may still be reading this object.
-            m_info->m_changed.wait(l_lock, [this] {
-                return m_info->m_taken && (!m_info->m_reporting || m_info->m_monitor_id == std::this_thread::get_id());
-            });
+            while (!m_info->m_taken || (m_info->m_reporting && m_info->m_monitor_id != std::this_thread::get_id())) {
+                m_info->m_changed.wait(m_info->m_lock);
+            }
         }
         m_info->m_cancelled = true;
     }
@@ -290,36 +289,36 @@ double process::get_uptime() const
 
 void process::pause()
 {
-    platform::walk_result l_result = platform::walk_result::done;
+    platform::status l_status;
+    platform::walk_step l_failed = platform::walk_step::snapshot;
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_pid != 0 && !m_info->m_reaped) {
-            l_result = platform::child_suspend(m_info->m_child);
+            l_status = platform::child_suspend(m_info->m_child, l_failed);
         }
     }
-    if (l_result == platform::walk_result::snapshot_failed) {
-        es::call::raise(ORDWEL_HERE, "pause failed, CreateToolhelp32Snapshot failed");
-    }
-    if (l_result == platform::walk_result::first_failed) {
-        es::call::raise(ORDWEL_HERE, "pause failed, Thread32First failed");
+    if (l_status.failed()) {
+        es::call::raise(ORDWEL_HERE, l_failed == platform::walk_step::snapshot
+                                         ? "pause failed, CreateToolhelp32Snapshot failed"
+                                         : "pause failed, Thread32First failed");
     }
     m_paused = true;
 }
 
 void process::resume()
 {
-    platform::walk_result l_result = platform::walk_result::done;
+    platform::status l_status;
+    platform::walk_step l_failed = platform::walk_step::snapshot;
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_pid != 0 && !m_info->m_reaped) {
-            l_result = platform::child_resume(m_info->m_child);
+            l_status = platform::child_resume(m_info->m_child, l_failed);
         }
     }
-    if (l_result == platform::walk_result::snapshot_failed) {
-        es::call::raise(ORDWEL_HERE, "resume failed, CreateToolhelp32Snapshot failed");
-    }
-    if (l_result == platform::walk_result::first_failed) {
-        es::call::raise(ORDWEL_HERE, "resume failed, Thread32First failed");
+    if (l_status.failed()) {
+        es::call::raise(ORDWEL_HERE, l_failed == platform::walk_step::snapshot
+                                         ? "resume failed, CreateToolhelp32Snapshot failed"
+                                         : "resume failed, Thread32First failed");
     }
     m_paused = false;
 }
@@ -335,13 +334,13 @@ void process::terminate(bool a_cancel_monitor)
     if (a_cancel_monitor) {
         // The monitor's cancellation: it ends at its cancel point, after the child's end, without
         // results and without a report.
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         m_info->m_cancelled = true;
     }
     if (m_paused) {
         resume();
     }
-    std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+    scoped_mutex::lock l_lock(m_info->m_lock);
     if (m_pid != 0 && !m_info->m_reaped) {
         platform::child_kill(m_info->m_child, 0);
     }
@@ -352,7 +351,7 @@ void process::terminate(bool a_cancel_monitor)
 void process::terminate_process_tree(bool a_cancel_monitor)
 {
     {
-        std::lock_guard<std::mutex> l_lock(m_info->m_lock);
+        scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_pid != 0 && !m_info->m_reaped) {
             platform::child_kill_children(m_info->m_child);
         }
@@ -363,25 +362,27 @@ void process::terminate_process_tree(bool a_cancel_monitor)
 int process::create_child_process(char const *a_command_line, char const *a_environment)
 {
     info &l_info = *m_info;
-    int const l_error = platform::child_create(a_command_line, a_environment,
-                                               m_working_directory.empty() ? nullptr : m_working_directory.c_str(),
-                                               l_info.m_capture, l_info.m_in_read, l_info.m_out_write, l_info.m_child);
-    if (l_error == 0) {
-        m_pid = l_info.m_child.pid;
+    platform::status const l_status =
+        platform::child_create(a_command_line, argv_with_command_line(a_command_line), a_environment,
+                               m_working_directory.empty() ? nullptr : m_working_directory.c_str(), l_info.m_capture,
+                               l_info.m_in_read, l_info.m_out_write, l_info.m_child);
+    if (l_status.failed()) {
+        return static_cast<int>(l_status.m_code);
     }
-    return l_error;
+    m_pid = l_info.m_child.pid;
+    return 0;
 }
 
 void process::drain_output(info &a_info)
 {
     unsigned char l_buffer[k_read_size];
     unsigned l_available = 0;
-    if (!platform::pipe_available(a_info.m_out_read, l_available)) {
+    if (platform::pipe_available(a_info.m_out_read, l_available).failed()) {
         return;
     }
     while (l_available > 0) {
         unsigned l_read = 0;
-        if (!platform::pipe_read(a_info.m_out_read, l_buffer, k_read_size, l_read) || l_read == 0) {
+        if (platform::pipe_read(a_info.m_out_read, l_buffer, k_read_size, l_read).failed() || l_read == 0) {
             break;
         }
         // Without a status object the output is read and dropped, so that the child never
@@ -389,7 +390,7 @@ void process::drain_output(info &a_info)
         if (a_info.m_listener != nullptr) {
             a_info.m_listener->stdout_data(l_buffer, l_read);
         }
-        if (!platform::pipe_available(a_info.m_out_read, l_available)) {
+        if (platform::pipe_available(a_info.m_out_read, l_available).failed()) {
             break;
         }
     }
@@ -406,13 +407,15 @@ void process::operator()()
     {
         // A child may end before the constructor has even detached this thread; a finished call
         // that destroys the object must find the constructor done with it.
-        std::unique_lock<std::mutex> l_lock(m_info->m_lock);
-        m_info->m_changed.wait(l_lock, [this] { return m_info->m_ready; });
+        scoped_mutex::lock l_lock(m_info->m_lock);
+        while (!m_info->m_ready) {
+            m_info->m_changed.wait(m_info->m_lock);
+        }
         l_shared = m_info;
         l_shared->m_taken = true;
         l_shared->m_monitor_id = std::this_thread::get_id();
     }
-    l_shared->m_changed.notify_all();
+    l_shared->m_changed.broadcast();
     // From here on the object itself is touched only under the record's lock and only while the
     // monitor is not cancelled: the destructor cancels it under that lock.
     info &l_info = *l_shared;
@@ -424,8 +427,14 @@ void process::operator()()
 
     platform::handle const l_output = l_info.m_capture ? l_info.m_out_read : platform::k_no_handle;
     for (bool l_waiting = true; l_waiting;) {
-        int l_error = 0;
-        switch (platform::child_wait(l_info.m_child, l_output, l_error)) {
+        platform::wait_result l_result = platform::wait_result::other;
+        platform::status const l_status = platform::child_wait(l_info.m_child, l_output, l_result);
+        if (l_status.failed()) {
+            platform::handle_close(l_info.m_out_read);
+            std::fprintf(stderr, "WaitForSingleObject returned error: %i\n", static_cast<int>(l_status.m_code));
+            return;
+        }
+        switch (l_result) {
         case platform::wait_result::ended:
             l_waiting = false;
             break;
@@ -434,10 +443,6 @@ void process::operator()()
                 drain_output(l_info);
             }
             break;
-        case platform::wait_result::failed:
-            platform::handle_close(l_info.m_out_read);
-            std::fprintf(stderr, "WaitForSingleObject returned error: %i\n", l_error);
-            return;
         case platform::wait_result::other:
             break;
         }
@@ -454,7 +459,7 @@ void process::operator()()
     platform::child_outcome l_outcome;
     process::status *l_listener = nullptr;
     {
-        std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+        scoped_mutex::lock l_lock(l_info.m_lock);
         platform::child_collect(l_info.m_child, l_outcome);
         l_info.m_reaped = true;
         if (l_info.m_cancelled) {
@@ -481,10 +486,10 @@ void process::operator()()
     if (l_listener != nullptr) {
         l_listener->finished(this);
         {
-            std::lock_guard<std::mutex> l_lock(l_info.m_lock);
+            scoped_mutex::lock l_lock(l_info.m_lock);
             l_info.m_reporting = false;
         }
-        l_info.m_changed.notify_all();
+        l_info.m_changed.broadcast();
     }
 }
 

@@ -11,6 +11,7 @@
 #include <ordwel/string_helpers.h>
 
 #include "diag/raise.h"
+#include "os/os_error.h"
 #include "platform/file.h"
 #include "platform/systeminfo.h"
 
@@ -29,6 +30,37 @@ uint64 s_previous_idle = 0;
 uint64 s_previous_user = 0;
 uint64 s_previous_kernel = 0;
 
+// The platform's version and system records in env's terms.
+os_version_info os_version_info_with_record(platform::os_version_record const &a_record)
+{
+    os_version_info l_info{};
+    l_info.m_size = a_record.m_size;
+    l_info.m_major = a_record.m_major;
+    l_info.m_minor = a_record.m_minor;
+    l_info.m_build = a_record.m_build;
+    l_info.m_platform_id = a_record.m_platform_id;
+    std::memcpy(l_info.m_service_pack, a_record.m_service_pack, sizeof l_info.m_service_pack);
+    l_info.m_service_pack_major = a_record.m_service_pack_major;
+    l_info.m_service_pack_minor = a_record.m_service_pack_minor;
+    l_info.m_suite_mask = a_record.m_suite_mask;
+    l_info.m_product_type = a_record.m_product_type;
+    l_info.m_reserved = a_record.m_reserved;
+    return l_info;
+}
+
+system_info system_info_with_record(platform::system_record const &a_record)
+{
+    system_info l_info{};
+    l_info.m_processor_architecture = a_record.m_processor_architecture;
+    l_info.m_page_size = a_record.m_page_size;
+    l_info.m_active_processor_mask = a_record.m_active_processor_mask;
+    l_info.m_number_of_processors = a_record.m_number_of_processors;
+    l_info.m_processor_type = a_record.m_processor_type;
+    l_info.m_processor_level = a_record.m_processor_level;
+    l_info.m_processor_revision = a_record.m_processor_revision;
+    return l_info;
+}
+
 } // namespace
 
 // ---- systeminfo ----
@@ -37,8 +69,8 @@ systeminfo::systeminfo()
     : m_version(os_version_windows), m_os_info(), m_system_info(), m_have_extended(0), m_is_server(0)
 {
     platform::version_facts const l_facts = platform::read_version_facts();
-    m_os_info = l_facts.m_info;
-    m_system_info = l_facts.m_system;
+    m_os_info = os_version_info_with_record(l_facts.m_info);
+    m_system_info = system_info_with_record(l_facts.m_system);
     m_have_extended = l_facts.m_have_extended;
     m_is_server = l_facts.m_is_server;
     if (!l_facts.m_windows) {
@@ -80,7 +112,7 @@ void systeminfo::detect_windows_version()
         return;
     }
     std::string l_type;
-    if (platform::product_type_text(l_type)) {
+    if (!platform::product_type_text(l_type).failed()) {
         m_version = os_version_with_product_type(l_type, m_os_info.m_major, m_os_info.m_minor);
     }
 }
@@ -263,7 +295,7 @@ unsigned get_pid()
 std::string get_executable()
 {
     std::string l_path;
-    if (!platform::executable(l_path)) {
+    if (platform::executable(l_path).failed()) {
         es::call::raise(ORDWEL_HERE, "GetModuleFileName() failed.\n");
     }
     return l_path;
@@ -277,7 +309,7 @@ std::string get_executable_path()
 std::string get_current_working_directory_path()
 {
     std::string l_path;
-    if (!platform::current_directory(l_path)) {
+    if (platform::current_directory(l_path).failed()) {
         es::call::raise(ORDWEL_HERE, "Unable to get current working directory");
     }
     return l_path;
@@ -286,7 +318,7 @@ std::string get_current_working_directory_path()
 std::string get_default_tmp_path()
 {
     std::string l_path;
-    if (!platform::temp_directory(l_path)) {
+    if (platform::temp_directory(l_path).failed()) {
         es::call::raise(ORDWEL_HERE, "Unable to get temp path ");
     }
     return l_path;
@@ -295,7 +327,7 @@ std::string get_default_tmp_path()
 std::string get_user_home_path()
 {
     std::string l_path;
-    if (!platform::home_directory(l_path)) {
+    if (platform::home_directory(l_path).failed()) {
         es::call::raise(ORDWEL_HERE, "Unable to locate user home path ");
     }
     return l_path;
@@ -312,8 +344,8 @@ std::pair<bool, std::string> get_environment_variable(std::string const &a_name)
 
 int execute_command(std::string const &a_command, std::string &a_output)
 {
-    std::FILE *const l_pipe = platform::command_open(a_command.c_str());
-    if (l_pipe == nullptr) {
+    std::FILE *l_pipe = nullptr;
+    if (platform::command_open(a_command.c_str(), l_pipe).failed()) {
         diag::raise_format<es::call>(ORDWEL_HERE, "Unable to run command '%s'", a_command.c_str());
     }
     char l_piece[1024];
@@ -341,7 +373,7 @@ unsigned get_num_cpus()
 unsigned get_cpu_frequency_Mhz()
 {
     unsigned l_mhz = 0;
-    if (!platform::processor_mhz(l_mhz)) {
+    if (platform::processor_mhz(l_mhz).failed()) {
         es::call::raise(ORDWEL_HERE, "failed getting get_cpu_frequency_mhz from regestry");
     }
     return l_mhz;
@@ -352,7 +384,7 @@ double get_cpu_utilization()
     uint64 l_idle = 0;
     uint64 l_kernel = 0;
     uint64 l_user = 0;
-    if (!platform::system_times(l_idle, l_kernel, l_user)) {
+    if (platform::system_times(l_idle, l_kernel, l_user).failed()) {
         return 0.0;
     }
     double const l_share =
@@ -435,12 +467,7 @@ std::string get_os_version_string(os_version a_version)
 
 std::string get_last_os_error()
 {
-    unsigned long const l_error = platform::last_error();
-    std::string const l_text = platform::error_text(l_error);
-    if (l_text.empty()) {
-        return string_with_format("Unknown error %lu", l_error);
-    }
-    return trimmed(l_text, k_blanks);
+    return os_error_text(platform::last_failure());
 }
 
 bool has_local_non_native_access(std::string const &a_path)
@@ -448,13 +475,22 @@ bool has_local_non_native_access(std::string const &a_path)
     std::string const l_root = volume_root_with_path(a_path);
     std::string const l_path = trimmed(a_path, '\\');
     std::string l_name;
-    if (!platform::volume_file_system(l_root, l_path, l_name) || is_native_file_system(l_name)) {
+    if (platform::volume_file_system(l_root, l_path, l_name).failed() || is_native_file_system(l_name)) {
         return false;
     }
     return platform::path_exists(l_path);
 }
 
 } // namespace env
+
+std::string os_error_text(platform::status const &a_status)
+{
+    std::string const l_text = platform::status_text(a_status);
+    if (l_text.empty()) {
+        return string_with_format("Unknown error %lu", a_status.m_code);
+    }
+    return trimmed(l_text, env::k_blanks);
+}
 
 namespace fileutil {
 
@@ -598,8 +634,9 @@ void set_file_content(std::string const &a_path, buffer const &a_content)
 
 void remove_file(std::string const &a_path)
 {
-    if (platform::file_unlink(a_path.c_str()) == -1) {
-        std::string const l_reason = platform::errno_text(errno);
+    platform::status const l_status = platform::file_unlink(a_path.c_str());
+    if (l_status.failed()) {
+        std::string const l_reason = platform::status_text(l_status);
         diag::raise_format<es::arg>(ORDWEL_HERE, "failed to remove file '%s' (%s)", a_path.c_str(), l_reason.c_str());
     }
 }

@@ -3,6 +3,8 @@
 
 #include <ctime>
 
+#include "platform/error.h"
+
 // The clock and calendar calls of the time families. Each backend makes the system call and
 // hands back a plain value; the arithmetic on those values is portable.
 
@@ -17,12 +19,12 @@ unsigned long long clock_filetime();
 // Blocks the calling thread for about a_milliseconds.
 void clock_sleep_milliseconds(unsigned int a_milliseconds);
 
-// Thread-safe calendar conversions; false when the time cannot be broken up.
-bool clock_localtime(std::time_t a_time, std::tm *a_result);
-bool clock_gmtime(std::time_t a_time, std::tm *a_result);
-// The C library's 24-character ctime text plus its line end into a_text (32 bytes); false on
-// failure.
-bool clock_ctime(std::time_t a_time, char (&a_text)[32]);
+// Thread-safe calendar conversions; fail when the time cannot be broken up (with a C runtime
+// errno on Windows).
+status clock_localtime(std::time_t a_time, std::tm *a_result);
+status clock_gmtime(std::time_t a_time, std::tm *a_result);
+// The C library's 24-character ctime text plus its line end into a_text (32 bytes).
+status clock_ctime(std::time_t a_time, char (&a_text)[32]);
 
 } // namespace platform
 } // namespace ordwel

@@ -3,6 +3,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/error.h"
 
 // The child-process calls of process. Each backend makes the system call and hands back plain
 // values; the order of the steps, the texts and the bookkeeping are portable.
@@ -27,32 +31,33 @@ struct child_record {
     unsigned suspensions = 0;
 };
 
-// A pipe whose ends a child may inherit, with the default size; false on failure.
-bool pipe_create(handle &a_read, handle &a_write);
-// Takes the inherit flag off one end; false on failure.
-bool handle_set_uninheritable(handle a_handle);
+// A pipe whose ends a child may inherit, with the default size.
+status pipe_create(handle &a_read, handle &a_write);
+// Takes the inherit flag off one end.
+status handle_set_uninheritable(handle a_handle);
 // Closes a handle that is not k_no_handle and sets it to k_no_handle.
 void handle_close(handle &a_handle);
 
 // Starts the program named by the quoted head of the command line. a_environment is a block of
 // NUL-ended entries or null for the parent's; a_directory null for the parent's. With a_inherit
-// the child's standard input is a_stdin and its output and error a_stdout. 0 on success, else the
-// platform's error code.
-int child_create(char const *a_command_line, char const *a_environment, char const *a_directory, bool a_inherit,
-                 handle a_stdin, handle a_stdout, child_record &a_child);
+// the child's standard input is a_stdin and its output and error a_stdout.
+// a_args is the command line split as a C runtime splits it, for a platform that starts programs
+// with an argument vector.
+status child_create(char const *a_command_line, std::vector<std::string> const &a_args, char const *a_environment,
+                    char const *a_directory, bool a_inherit, handle a_stdin, handle a_stdout, child_record &a_child);
 
-enum class wait_result { ended, timeout, failed, other };
+enum class wait_result { ended, timeout, other };
 // Waits for the child's end. With a_output k_no_handle without limit; otherwise it comes back
-// soon, with timeout, when output may be waiting in that pipe. failed sets a_error.
-wait_result child_wait(child_record const &a_child, handle a_output, int &a_error);
+// soon, with timeout, when output may be waiting in that pipe.
+status child_wait(child_record const &a_child, handle a_output, wait_result &a_result);
 
-// Writes all of a text to a pipe; false when the reader has gone or the write fails. Never ends
+// Writes all of a text to a pipe; fails when the reader has gone or the write fails. Never ends
 // the process on a broken pipe.
-bool pipe_write(handle a_handle, char const *a_data, std::size_t a_size);
-// How many bytes wait in a pipe, without blocking; false on failure.
-bool pipe_available(handle a_handle, unsigned &a_count);
-// Reads up to a_size bytes; false on failure.
-bool pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read);
+status pipe_write(handle a_handle, char const *a_data, std::size_t a_size);
+// How many bytes wait in a pipe, without blocking.
+status pipe_available(handle a_handle, unsigned &a_count);
+// Reads up to a_size bytes.
+status pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read);
 
 // What can be read of an ended child. The processor times are in units of 100 ns.
 struct child_outcome {
@@ -66,15 +71,16 @@ struct child_outcome {
 // around, releases it: the child's id may be reused after this.
 void child_collect(child_record &a_child, child_outcome &a_outcome);
 
-enum class walk_result { done, snapshot_failed, first_failed };
-// Suspend or resume every thread of the child.
-walk_result child_suspend(child_record &a_child);
-walk_result child_resume(child_record &a_child);
+// The step of a walk over the child's threads that failed: the list of threads, or its first entry.
+enum class walk_step { snapshot, first_thread };
+// Suspend or resume every thread of the child; a_failed tells which step failed.
+status child_suspend(child_record &a_child, walk_step &a_failed);
+status child_resume(child_record &a_child, walk_step &a_failed);
 // Kills the child with an exit code.
 void child_kill(child_record const &a_child, unsigned a_exit_code);
-// Kills the direct children of the child with exit code 1; false when the system's list of
+// Kills the direct children of the child with exit code 1; fails when the system's list of
 // processes cannot be walked.
-bool child_kill_children(child_record const &a_child);
+status child_kill_children(child_record const &a_child);
 // Closes the process and thread handles of the record (not the monitor's own).
 void child_release(child_record &a_child);
 // Closes the monitor's own handle.

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include <ordwel/env.h>
 #include <ordwel/types.h>
+
+#include "platform/error.h"
 
 // The machine and process queries of env and cpuinfo. Each backend makes the system call and
 // hands back plain values; what the values mean is decided in portable code.
@@ -18,16 +19,16 @@ namespace platform {
 std::string user_name();
 std::string host_name();
 unsigned process_id();
-// false when the platform cannot tell.
-bool executable(std::string &a_path);
-bool current_directory(std::string &a_path);
-bool temp_directory(std::string &a_path);
-bool home_directory(std::string &a_path);
+// Fail when the platform cannot tell.
+status executable(std::string &a_path);
+status current_directory(std::string &a_path);
+status temp_directory(std::string &a_path);
+status home_directory(std::string &a_path);
 // The separator of the platform's own paths.
 char path_separator();
 
-// A pipe from a shell command's standard output; null when the command cannot be started.
-std::FILE *command_open(char const *a_command);
+// A pipe from a shell command's standard output; fails when the command cannot be started.
+status command_open(char const *a_command, std::FILE *&a_pipe);
 // The command's exit status.
 int command_close(std::FILE *a_pipe);
 
@@ -37,18 +38,36 @@ struct memory_status {
 };
 memory_status memory();
 unsigned processor_count();
-// false when the source of the value cannot be opened at all; a_mhz is 0 when it opened and gave
+// Fails when the source of the value cannot be opened at all; a_mhz is 0 when it opened and gave
 // nothing readable.
-bool processor_mhz(unsigned &a_mhz);
-// Idle, kernel (idle included) and user time since the system started; false on failure.
-bool system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user);
+status processor_mhz(unsigned &a_mhz);
+// Idle, kernel (idle included) and user time since the system started.
+status system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user);
 
-// The calling thread's last error number, and the platform's text for it (empty when it has
-// none).
-unsigned long last_error();
-std::string error_text(unsigned long a_error);
-// The C runtime's text for an errno value.
-std::string errno_text(int a_errno);
+// The platform's version record (Windows' OSVERSIONINFOEXA) and system record (SYSTEM_INFO), as
+// plain fields; env keeps its own records of the same shape.
+struct os_version_record {
+    uint32 m_size;
+    uint32 m_major;
+    uint32 m_minor;
+    uint32 m_build;
+    uint32 m_platform_id;
+    char m_service_pack[128];
+    uint16 m_service_pack_major;
+    uint16 m_service_pack_minor;
+    uint16 m_suite_mask;
+    uint8 m_product_type;
+    uint8 m_reserved;
+};
+struct system_record {
+    uint16 m_processor_architecture;
+    uint32 m_page_size;
+    uint64 m_active_processor_mask;
+    uint32 m_number_of_processors;
+    uint32 m_processor_type;
+    uint16 m_processor_level;
+    uint16 m_processor_revision;
+};
 
 // What the version queries read. a_windows is false on a platform that is not Windows; then the
 // records carry what that platform tells of its own version.
@@ -58,23 +77,23 @@ struct version_facts {
     sint32 m_have_extended;
     // Whether any version query worked.
     bool m_have_version;
-    env::os_version_info m_info;
-    env::system_info m_system;
+    os_version_record m_info;
+    system_record m_system;
     sint32 m_is_server;
 };
 version_facts read_version_facts();
 // GetSystemMetrics(SM_SERVERR2).
 int server_r2_metric();
-// The registry's product type text; false when it cannot be read or needs more than 80 bytes.
-bool product_type_text(std::string &a_text);
+// The registry's product type text; fails when it cannot be read or needs more than 80 bytes.
+status product_type_text(std::string &a_text);
 // The GetVersion word (POSIX: built from the kernel release).
 uint32 version_word();
 std::string kernel_name();
 std::string machine_isa();
 
-// The file-system name of the volume that holds a path; false when it cannot be asked. Windows
+// The file-system name of the volume that holds a path; fails when it cannot be asked. Windows
 // asks the root, POSIX the nearest existing directory on the path.
-bool volume_file_system(std::string const &a_root, std::string const &a_path, std::string &a_name);
+status volume_file_system(std::string const &a_root, std::string const &a_path, std::string &a_name);
 // Whether a path can be examined (_wstat64i32 / stat).
 bool path_exists(std::string const &a_path);
 
@@ -92,9 +111,8 @@ struct processor_relation {
     uint32 m_relationship;
     uint64 m_mask;
 };
-enum class relation_status { ok, no_memory, failed };
-// Fills a_records; on failed, a_error holds the platform's error code.
-relation_status processor_relations(std::vector<processor_relation> &a_records, unsigned long &a_error);
+// Fills a_records; throws std::bad_alloc when memory runs out.
+status processor_relations(std::vector<processor_relation> &a_records);
 
 } // namespace platform
 } // namespace ordwel

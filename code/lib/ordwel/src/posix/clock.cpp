@@ -48,24 +48,24 @@ void clock_sleep_milliseconds(unsigned int a_milliseconds)
     }
 }
 
-bool clock_localtime(std::time_t a_time, std::tm *a_result)
+status clock_localtime(std::time_t a_time, std::tm *a_result)
 {
-    return localtime_r(&a_time, a_result) != nullptr;
+    return localtime_r(&a_time, a_result) != nullptr ? status_done() : last_failure();
 }
 
-bool clock_gmtime(std::time_t a_time, std::tm *a_result)
+status clock_gmtime(std::time_t a_time, std::tm *a_result)
 {
-    return gmtime_r(&a_time, a_result) != nullptr;
+    return gmtime_r(&a_time, a_result) != nullptr ? status_done() : last_failure();
 }
 
-bool clock_ctime(std::time_t a_time, char (&a_text)[32])
+status clock_ctime(std::time_t a_time, char (&a_text)[32])
 {
     // ctime_r needs 26 bytes for any year up to 9999; an unsigned 32-bit second count ends in 2106.
     std::tm l_tm{};
     if (localtime_r(&a_time, &l_tm) == nullptr || l_tm.tm_year > 9999 - 1900 || l_tm.tm_year < -1900) {
-        return false;
+        return status_failed(EOVERFLOW);
     }
-    return asctime_r(&l_tm, a_text) != nullptr;
+    return asctime_r(&l_tm, a_text) != nullptr ? status_done() : last_failure();
 }
 
 } // namespace platform

@@ -17,16 +17,16 @@ namespace platform {
 
 namespace {
 
-int open_flags(uint32 a_access, uint32 a_disposition)
+int open_flags(file_access a_access, file_disposition a_disposition)
 {
-    bool const l_read = (a_access & k_generic_read) != 0;
-    bool const l_write = (a_access & (k_generic_write | k_file_write_data)) != 0;
+    bool const l_read = any(a_access & file_access::read);
+    bool const l_write = any(a_access & (file_access::write | file_access::write_data));
     int l_flags = O_CLOEXEC;
     if (l_read && l_write) {
         l_flags |= O_RDWR;
     } else if (l_write) {
         l_flags |= O_WRONLY;
-    } else if (l_read || a_disposition != k_open_existing) {
+    } else if (l_read || a_disposition != file_disposition::open_existing) {
         l_flags |= O_RDONLY;
     } else {
         // No access rights: the file can be named and examined, not read or written.
@@ -37,16 +37,16 @@ int open_flags(uint32 a_access, uint32 a_disposition)
 #endif
     }
     switch (a_disposition) {
-    case k_create_new:
+    case file_disposition::create_new:
         l_flags |= O_CREAT | O_EXCL;
         break;
-    case k_create_always:
+    case file_disposition::create_always:
         l_flags |= O_CREAT | O_TRUNC;
         break;
-    case k_truncate_existing:
+    case file_disposition::truncate_existing:
         l_flags |= O_TRUNC;
         break;
-    default:
+    case file_disposition::open_existing:
         break;
     }
     return l_flags;
@@ -85,12 +85,16 @@ template <class Entry, class Lookup, class Field> bool lookup_entry(Lookup a_loo
 
 } // namespace
 
-sint64 file_open(std::string const &a_path, uint32 a_access, uint32, uint32 a_disposition, unsigned a_mode)
+status file_open(std::string const &a_path, file_access a_access, file_share, file_disposition a_disposition,
+                 unsigned a_mode, sint64 &a_handle)
 {
     int l_descriptor = -1;
     do {
         l_descriptor = ::open(a_path.c_str(), open_flags(a_access, a_disposition), static_cast<mode_t>(a_mode));
     } while (l_descriptor == -1 && errno == EINTR);
+    if (l_descriptor == -1) {
+        return last_failure();
+    }
     if (l_descriptor == 0) {
         // Descriptor 0 would read as "closed": move the file to another number.
         int const l_moved = fcntl(0, F_DUPFD_CLOEXEC, 1);
@@ -98,109 +102,122 @@ sint64 file_open(std::string const &a_path, uint32 a_access, uint32, uint32 a_di
         ::close(0);
         if (l_moved == -1) {
             errno = l_error;
-            return -1;
+            return status_failed(static_cast<unsigned long>(l_error));
         }
         l_descriptor = l_moved;
     }
-    return l_descriptor;
+    a_handle = l_descriptor;
+    return status_done();
 }
 
-bool file_close(sint64 a_handle)
+status file_close(sint64 a_handle)
 {
     if (!valid_handle(a_handle)) {
         errno = EBADF;
-        return false;
+        return last_failure();
     }
     // Linux releases the descriptor even when close is interrupted, so EINTR counts as done.
-    return ::close(static_cast<int>(a_handle)) == 0 || errno == EINTR;
+    if (::close(static_cast<int>(a_handle)) == 0 || errno == EINTR) {
+        return status_done();
+    }
+    return last_failure();
 }
 
-bool file_read(sint64 a_handle, void *a_data, uint32 a_size, uint32 &a_done)
+status file_read(sint64 a_handle, void *a_data, uint32 a_size, uint32 &a_done)
 {
     if (!valid_handle(a_handle)) {
         errno = EBADF;
-        return false;
+        return last_failure();
     }
     ssize_t l_count = -1;
     do {
         l_count = ::read(static_cast<int>(a_handle), a_data, a_size);
     } while (l_count == -1 && errno == EINTR);
     if (l_count < 0) {
-        return false;
+        return last_failure();
     }
     a_done = static_cast<uint32>(l_count);
-    return true;
+    return status_done();
 }
 
-bool file_write(sint64 a_handle, void const *a_data, uint32 a_size, uint32 &a_done)
+status file_write(sint64 a_handle, void const *a_data, uint32 a_size, uint32 &a_done)
 {
     if (!valid_handle(a_handle)) {
         errno = EBADF;
-        return false;
+        return last_failure();
     }
     ssize_t l_count = -1;
     do {
         l_count = ::write(static_cast<int>(a_handle), a_data, a_size);
     } while (l_count == -1 && errno == EINTR);
     if (l_count < 0) {
-        return false;
+        return last_failure();
     }
     a_done = static_cast<uint32>(l_count);
-    return true;
+    return status_done();
 }
 
-bool file_seek(sint64 a_handle, sint64 a_offset, int a_whence, uint64 &a_position)
+status file_seek(sint64 a_handle, sint64 a_offset, file_origin a_origin, uint64 &a_position)
 {
     if (!valid_handle(a_handle)) {
         errno = EBADF;
-        return false;
+        return last_failure();
     }
-    static int const k_whence[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    off_t const l_position = ::lseek(static_cast<int>(a_handle), static_cast<off_t>(a_offset), k_whence[a_whence]);
+    int l_whence = SEEK_SET;
+    if (a_origin == file_origin::current) {
+        l_whence = SEEK_CUR;
+    } else if (a_origin == file_origin::end) {
+        l_whence = SEEK_END;
+    }
+    off_t const l_position = ::lseek(static_cast<int>(a_handle), static_cast<off_t>(a_offset), l_whence);
     if (l_position == static_cast<off_t>(-1)) {
-        return false;
+        return last_failure();
     }
     a_position = static_cast<uint64>(l_position);
-    return true;
+    return status_done();
 }
 
-bool file_size(sint64 a_handle, uint64 &a_size)
+status file_size(sint64 a_handle, uint64 &a_size)
 {
     if (!valid_handle(a_handle)) {
         errno = EBADF;
-        return false;
+        return last_failure();
     }
     struct stat l_info {};
     if (::fstat(static_cast<int>(a_handle), &l_info) != 0) {
-        return false;
+        return last_failure();
     }
     a_size = static_cast<uint64>(l_info.st_size);
-    return true;
+    return status_done();
 }
 
-uint32 file_attributes(std::string const &a_path)
+status file_examine(std::string const &a_path, file_attributes &a_attributes)
 {
     struct stat l_info {};
-    if (a_path.empty() || ::stat(a_path.c_str(), &l_info) != 0) {
-        return k_invalid_attributes;
+    if (a_path.empty()) {
+        return status_failed(ENOENT);
     }
-    uint32 l_attributes = 0;
+    if (::stat(a_path.c_str(), &l_info) != 0) {
+        return last_failure();
+    }
+    file_attributes l_attributes = file_attributes::none;
     std::string::size_type const l_slash = a_path.find_last_of('/', a_path.size() - 1);
     std::string::size_type const l_name = l_slash == std::string::npos ? 0 : l_slash + 1;
     if (l_name < a_path.size() && a_path[l_name] == '.') {
-        l_attributes |= k_attribute_hidden;
+        l_attributes |= file_attributes::hidden;
     }
     if (S_ISDIR(l_info.st_mode)) {
-        l_attributes |= k_attribute_directory;
+        l_attributes |= file_attributes::directory;
     } else if (!S_ISREG(l_info.st_mode)) {
-        l_attributes |= k_attribute_system;
+        l_attributes |= file_attributes::system;
     }
-    return l_attributes == 0 ? k_attribute_normal : l_attributes;
+    a_attributes = any(l_attributes) ? l_attributes : file_attributes::normal;
+    return status_done();
 }
 
-int file_unlink(char const *a_path)
+status file_unlink(char const *a_path)
 {
-    return ::unlink(a_path);
+    return ::unlink(a_path) == 0 ? status_done() : last_failure();
 }
 
 std::string user_name_with_id(int a_uid)

@@ -2,8 +2,6 @@
 
 #include <atomic>
 
-#include "platform/error.h"
-
 namespace ordwel {
 namespace platform {
 
@@ -14,26 +12,26 @@ namespace {
 
 std::atomic<std::intptr_t> s_next_token{1};
 
-bool posix_logon_user(char const *, char const *, char const *, std::intptr_t &a_token)
+status posix_logon_user(char const *, char const *, char const *, std::intptr_t &a_token)
 {
     a_token = s_next_token.fetch_add(1);
-    return true;
+    return status_done();
 }
 
-bool posix_duplicate_token(std::intptr_t, std::intptr_t &a_copy)
+status posix_duplicate_token(std::intptr_t, std::intptr_t &a_copy)
 {
     a_copy = s_next_token.fetch_add(1);
-    return true;
+    return status_done();
 }
 
-bool posix_impersonate(std::intptr_t)
+status posix_impersonate(std::intptr_t)
 {
-    return true;
+    return status_done();
 }
 
-bool posix_revert()
+status posix_revert()
 {
-    return true;
+    return status_done();
 }
 
 void posix_close_copy(std::intptr_t)
@@ -44,8 +42,8 @@ void posix_close_copy(std::intptr_t)
 
 impersonate_calls &impersonate_backend()
 {
-    static impersonate_calls s_calls = {posix_logon_user, posix_duplicate_token, posix_impersonate,
-                                        posix_revert,     posix_close_copy,      last_error_text};
+    static impersonate_calls s_calls = {posix_logon_user, posix_duplicate_token, posix_impersonate, posix_revert,
+                                        posix_close_copy};
     return s_calls;
 }
 

@@ -21,8 +21,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <ordwel/process.h>
-
 extern char **environ;
 
 namespace ordwel {
@@ -97,22 +95,25 @@ long parent_of(char const *a_pid)
 
 } // namespace
 
-bool pipe_create(handle &a_read, handle &a_write)
+status pipe_create(handle &a_read, handle &a_write)
 {
     int l_fds[2];
     if (pipe2(l_fds, O_CLOEXEC) != 0) {
-        return false;
+        return last_failure();
     }
     a_read = l_fds[0];
     a_write = l_fds[1];
-    return true;
+    return status_done();
 }
 
-bool handle_set_uninheritable(handle a_handle)
+status handle_set_uninheritable(handle a_handle)
 {
     int const l_fd = static_cast<int>(a_handle);
     int const l_flags = fcntl(l_fd, F_GETFD);
-    return l_flags != -1 && fcntl(l_fd, F_SETFD, l_flags | FD_CLOEXEC) == 0;
+    if (l_flags == -1 || fcntl(l_fd, F_SETFD, l_flags | FD_CLOEXEC) != 0) {
+        return last_failure();
+    }
+    return status_done();
 }
 
 void handle_close(handle &a_handle)
@@ -123,12 +124,12 @@ void handle_close(handle &a_handle)
     }
 }
 
-int child_create(char const *a_command_line, char const *a_environment, char const *a_directory, bool a_inherit,
-                 handle a_stdin, handle a_stdout, child_record &a_child)
+status child_create(char const *, std::vector<std::string> const &a_args, char const *a_environment,
+                    char const *a_directory, bool a_inherit, handle a_stdin, handle a_stdout, child_record &a_child)
 {
-    std::vector<std::string> const l_args = argv_with_command_line(a_command_line);
+    std::vector<std::string> const &l_args = a_args;
     if (l_args.empty() || l_args[0].empty()) {
-        return ENOENT;
+        return status_failed(ENOENT);
     }
     std::vector<char *> l_argv;
     for (std::string const &l_arg : l_args) {
@@ -146,7 +147,7 @@ int child_create(char const *a_command_line, char const *a_environment, char con
 
     posix_spawn_file_actions_t l_actions;
     if (posix_spawn_file_actions_init(&l_actions) != 0) {
-        return ENOMEM;
+        return status_failed(ENOMEM);
     }
     int l_error = 0;
     if (a_inherit && a_stdin != k_no_handle && a_stdout != k_no_handle) {
@@ -176,16 +177,16 @@ int child_create(char const *a_command_line, char const *a_environment, char con
     }
     posix_spawn_file_actions_destroy(&l_actions);
     if (l_error != 0) {
-        return l_error;
+        return status_failed(static_cast<unsigned long>(l_error));
     }
     a_child.pid = static_cast<int>(l_pid);
     a_child.tid = static_cast<int>(l_pid);
     a_child.process = l_pid;
     a_child.wait = open_pidfd(l_pid);
-    return 0;
+    return status_done();
 }
 
-wait_result child_wait(child_record const &a_child, handle a_output, int &a_error)
+status child_wait(child_record const &a_child, handle a_output, wait_result &a_result)
 {
     pid_t const l_pid = static_cast<pid_t>(a_child.pid);
     if (a_child.wait != k_no_handle) {
@@ -198,28 +199,27 @@ wait_result child_wait(child_record const &a_child, handle a_output, int &a_erro
         int const l_ready = poll(l_fds, l_count, -1);
         if (l_ready < 0) {
             if (errno == EINTR) {
-                return wait_result::other;
+                a_result = wait_result::other;
+                return status_done();
             }
-            a_error = errno;
-            return wait_result::failed;
+            return last_failure();
         }
-        if (l_fds[0].revents != 0) {
-            return wait_result::ended;
-        }
-        return wait_result::timeout;
+        a_result = l_fds[0].revents != 0 ? wait_result::ended : wait_result::timeout;
+        return status_done();
     }
     if (a_output == k_no_handle) {
-        return child_has_ended(l_pid, true) ? wait_result::ended : wait_result::other;
+        a_result = child_has_ended(l_pid, true) ? wait_result::ended : wait_result::other;
+        return status_done();
     }
     pollfd l_fd = {static_cast<int>(a_output), POLLIN, 0};
     if (poll(&l_fd, 1, k_fallback_poll_ms) < 0 && errno != EINTR) {
-        a_error = errno;
-        return wait_result::failed;
+        return last_failure();
     }
-    return child_has_ended(l_pid, false) ? wait_result::ended : wait_result::timeout;
+    a_result = child_has_ended(l_pid, false) ? wait_result::ended : wait_result::timeout;
+    return status_done();
 }
 
-bool pipe_write(handle a_handle, char const *a_data, std::size_t a_size)
+status pipe_write(handle a_handle, char const *a_data, std::size_t a_size)
 {
     // A reader that has gone raises SIGPIPE in the writing thread. It is held back here and
     // taken off again, so that it never ends the host.
@@ -228,48 +228,48 @@ bool pipe_write(handle a_handle, char const *a_data, std::size_t a_size)
     sigaddset(&l_pipe, SIGPIPE);
     sigset_t l_old;
     pthread_sigmask(SIG_BLOCK, &l_pipe, &l_old);
-    bool l_ok = true;
+    status l_status = status_done();
     while (a_size > 0) {
         ssize_t const l_written = write(static_cast<int>(a_handle), a_data, a_size);
         if (l_written < 0) {
             if (errno == EINTR) {
                 continue;
             }
+            l_status = last_failure();
             if (errno == EPIPE) {
                 timespec const l_zero{0, 0};
                 while (sigtimedwait(&l_pipe, nullptr, &l_zero) == SIGPIPE) {
                 }
             }
-            l_ok = false;
             break;
         }
         a_data += l_written;
         a_size -= static_cast<std::size_t>(l_written);
     }
     pthread_sigmask(SIG_SETMASK, &l_old, nullptr);
-    return l_ok;
+    return l_status;
 }
 
-bool pipe_available(handle a_handle, unsigned &a_count)
+status pipe_available(handle a_handle, unsigned &a_count)
 {
     int l_count = 0;
     if (ioctl(static_cast<int>(a_handle), FIONREAD, &l_count) != 0) {
-        return false;
+        return last_failure();
     }
     a_count = static_cast<unsigned>(l_count);
-    return true;
+    return status_done();
 }
 
-bool pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read)
+status pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read)
 {
     for (;;) {
         ssize_t const l_read = read(static_cast<int>(a_handle), a_data, a_size);
         if (l_read >= 0) {
             a_read = static_cast<unsigned>(l_read);
-            return true;
+            return status_done();
         }
         if (errno != EINTR) {
-            return false;
+            return last_failure();
         }
     }
 }
@@ -303,20 +303,20 @@ void child_collect(child_record &a_child, child_outcome &a_outcome)
 
 // SIGSTOP and SIGCONT do not count; the count that Windows keeps per thread is kept here, so that
 // the child runs again only when every suspension has been resumed.
-walk_result child_suspend(child_record &a_child)
+status child_suspend(child_record &a_child, walk_step &)
 {
     if (a_child.suspensions++ == 0) {
         kill(static_cast<pid_t>(a_child.pid), SIGSTOP);
     }
-    return walk_result::done;
+    return status_done();
 }
 
-walk_result child_resume(child_record &a_child)
+status child_resume(child_record &a_child, walk_step &)
 {
     if (a_child.suspensions > 0 && --a_child.suspensions == 0) {
         kill(static_cast<pid_t>(a_child.pid), SIGCONT);
     }
-    return walk_result::done;
+    return status_done();
 }
 
 void child_kill(child_record const &a_child, unsigned)
@@ -324,11 +324,11 @@ void child_kill(child_record const &a_child, unsigned)
     kill(static_cast<pid_t>(a_child.pid), SIGKILL);
 }
 
-bool child_kill_children(child_record const &a_child)
+status child_kill_children(child_record const &a_child)
 {
     DIR *const l_dir = ::opendir("/proc");
     if (l_dir == nullptr) {
-        return false;
+        return last_failure();
     }
     std::vector<pid_t> l_children;
     while (dirent *l_entry = ::readdir(l_dir)) {
@@ -344,7 +344,7 @@ bool child_kill_children(child_record const &a_child)
     for (pid_t l_pid : l_children) {
         kill(l_pid, SIGKILL);
     }
-    return true;
+    return status_done();
 }
 
 void child_release(child_record &a_child)

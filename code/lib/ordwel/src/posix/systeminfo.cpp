@@ -113,51 +113,54 @@ unsigned process_id()
     return static_cast<unsigned>(getpid());
 }
 
-bool executable(std::string &a_path)
+status executable(std::string &a_path)
 {
     char l_path[PATH_MAX];
     ssize_t const l_size = readlink("/proc/self/exe", l_path, sizeof l_path);
     if (l_size <= 0 || static_cast<std::size_t>(l_size) >= sizeof l_path) {
-        return false;
+        return last_failure();
     }
     a_path.assign(l_path, static_cast<std::size_t>(l_size));
-    return true;
+    return status_done();
 }
 
-bool current_directory(std::string &a_path)
+status current_directory(std::string &a_path)
 {
     for (std::size_t l_size = 256; l_size <= (1U << 20); l_size *= 2) {
         std::string l_path(l_size, '\0');
         if (getcwd(&l_path[0], l_size) != nullptr) {
             a_path = l_path.c_str();
-            return true;
+            return status_done();
         }
         if (errno != ERANGE) {
-            return false;
+            return last_failure();
         }
     }
-    return false;
+    return last_failure();
 }
 
-bool temp_directory(std::string &a_path)
+status temp_directory(std::string &a_path)
 {
     char const *const l_dir = std::getenv("TMPDIR");
     a_path = (l_dir != nullptr && *l_dir != '\0') ? l_dir : "/tmp/";
     if (a_path.back() != '/') {
         a_path.push_back('/');
     }
-    return true;
+    return status_done();
 }
 
-bool home_directory(std::string &a_path)
+status home_directory(std::string &a_path)
 {
     char const *const l_home = std::getenv("HOME");
     if (l_home != nullptr && *l_home != '\0') {
         a_path = l_home;
-        return true;
+        return status_done();
     }
     std::string l_name;
-    return own_password_entry(l_name, a_path) && !a_path.empty();
+    if (!own_password_entry(l_name, a_path) || a_path.empty()) {
+        return status_failed(ENOENT);
+    }
+    return status_done();
 }
 
 char path_separator()
@@ -165,9 +168,10 @@ char path_separator()
     return '/';
 }
 
-std::FILE *command_open(char const *a_command)
+status command_open(char const *a_command, std::FILE *&a_pipe)
 {
-    return popen(a_command, "r");
+    a_pipe = popen(a_command, "r");
+    return a_pipe != nullptr ? status_done() : last_failure();
 }
 
 int command_close(std::FILE *a_pipe)
@@ -199,17 +203,17 @@ unsigned processor_count()
     return l_count > 0 ? static_cast<unsigned>(l_count) : 1U;
 }
 
-bool processor_mhz(unsigned &a_mhz)
+status processor_mhz(unsigned &a_mhz)
 {
     unsigned long long l_khz = 0;
     if (read_number_file("/sys/devices/system/cpu/cpu0/cpufreq/base_frequency", l_khz) ||
         read_number_file("/sys/devices/system/cpu/cpu0/cpufreq/cpuinfo_max_freq", l_khz)) {
         a_mhz = static_cast<unsigned>(l_khz / 1000);
-        return true;
+        return status_done();
     }
     std::ifstream l_in("/proc/cpuinfo");
     if (!l_in) {
-        return false;
+        return last_failure();
     }
     a_mhz = 0;
     std::string l_line;
@@ -222,44 +226,24 @@ bool processor_mhz(unsigned &a_mhz)
             break;
         }
     }
-    return true;
+    return status_done();
 }
 
-bool system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user)
+status system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user)
 {
     std::ifstream l_in("/proc/stat");
     std::string l_label;
     unsigned long long l_user = 0, l_nice = 0, l_system = 0, l_idle = 0, l_iowait = 0, l_irq = 0, l_softirq = 0,
                        l_steal = 0;
     if (!(l_in >> l_label >> l_user >> l_nice >> l_system >> l_idle) || l_label != "cpu") {
-        return false;
+        return last_failure();
     }
     l_in >> l_iowait >> l_irq >> l_softirq >> l_steal;
     // As on Windows, kernel time includes idle time; waiting for I/O counts as idle.
     a_idle = l_idle + l_iowait;
     a_kernel = l_system + l_irq + l_softirq + l_steal + a_idle;
     a_user = l_user + l_nice;
-    return true;
-}
-
-unsigned long last_error()
-{
-    return static_cast<unsigned long>(errno);
-}
-
-std::string error_text(unsigned long a_error)
-{
-    return errno_text(static_cast<int>(a_error));
-}
-
-std::string errno_text(int a_errno)
-{
-    char l_text[256] = {};
-#if defined(__GLIBC__) && defined(_GNU_SOURCE)
-    return std::string(strerror_r(a_errno, l_text, sizeof l_text));
-#else
-    return strerror_r(a_errno, l_text, sizeof l_text) == 0 ? std::string(l_text) : std::string();
-#endif
+    return status_done();
 }
 
 version_facts read_version_facts()
@@ -286,9 +270,9 @@ int server_r2_metric()
     return 0;
 }
 
-bool product_type_text(std::string &)
+status product_type_text(std::string &)
 {
-    return false;
+    return last_failure();
 }
 
 uint32 version_word()
@@ -323,10 +307,10 @@ std::string machine_isa()
     return uname(&l_name) == 0 ? std::string(l_name.machine) : std::string("unknown");
 }
 
-bool volume_file_system(std::string const &, std::string const &a_path, std::string &a_name)
+status volume_file_system(std::string const &, std::string const &a_path, std::string &a_name)
 {
     if (a_path.empty()) {
-        return false;
+        return last_failure();
     }
     // The nearest existing directory on the path tells the volume, as a Windows drive root would.
     std::string l_probe = a_path;
@@ -337,7 +321,7 @@ bool volume_file_system(std::string const &, std::string const &a_path, std::str
             l_probe = ".";
         } else if (l_slash == 0) {
             if (l_probe == "/") {
-                return false;
+                return last_failure();
             }
             l_probe = "/";
         } else {
@@ -362,7 +346,7 @@ bool volume_file_system(std::string const &, std::string const &a_path, std::str
         std::snprintf(l_text, sizeof l_text, "0x%lx", l_type);
         a_name = l_text;
     }
-    return true;
+    return status_done();
 }
 
 bool path_exists(std::string const &a_path)
@@ -408,7 +392,7 @@ processor_facts read_processor_facts()
     return l_facts;
 }
 
-relation_status processor_relations(std::vector<processor_relation> &a_records, unsigned long &)
+status processor_relations(std::vector<processor_relation> &a_records)
 {
     // One core record per (package, core) pair of the online processors, with a bit for each of
     // its hardware threads, as GetLogicalProcessorInformation reports cores.
@@ -447,9 +431,10 @@ relation_status processor_relations(std::vector<processor_relation> &a_records, 
             a_records.push_back(processor_relation{0, l_core.second});
         }
     } catch (std::bad_alloc const &) {
-        return relation_status::no_memory;
+        a_records.clear();
+        throw;
     }
-    return relation_status::ok;
+    return status_done();
 }
 
 } // namespace platform

@@ -124,7 +124,7 @@ unsigned int time_in_seconds(std::string const &a_text)
     std::tm l_local{};
     std::tm l_utc{};
     long long l_offset = 0;
-    if (platform::clock_localtime(l_now, &l_local) && platform::clock_gmtime(l_now, &l_utc)) {
+    if (!platform::clock_localtime(l_now, &l_local).failed() && !platform::clock_gmtime(l_now, &l_utc).failed()) {
         l_offset = static_cast<long long>(std::mktime(&l_local)) - static_cast<long long>(std::mktime(&l_utc));
     }
     return static_cast<unsigned int>(static_cast<unsigned long long>(l_local_text + l_offset));
@@ -133,7 +133,7 @@ unsigned int time_in_seconds(std::string const &a_text)
 std::string time_string(unsigned int a_seconds)
 {
     char l_text[32] = {};
-    if (!platform::clock_ctime(static_cast<std::time_t>(a_seconds), l_text)) {
+    if (platform::clock_ctime(static_cast<std::time_t>(a_seconds), l_text).failed()) {
         return std::string();
     }
     // The text is cut at character 24, which drops the line end.

@@ -35,22 +35,28 @@ void clock_sleep_milliseconds(unsigned int a_milliseconds)
     Sleep(a_milliseconds);
 }
 
-bool clock_localtime(std::time_t a_time, std::tm *a_result)
+status clock_localtime(std::time_t a_time, std::tm *a_result)
 {
-    return localtime_s(a_result, &a_time) == 0;
+    errno_t const l_error = localtime_s(a_result, &a_time);
+    return l_error == 0 ? status_done() : status_failed_runtime(l_error);
 }
 
-bool clock_gmtime(std::time_t a_time, std::tm *a_result)
+status clock_gmtime(std::time_t a_time, std::tm *a_result)
 {
-    return gmtime_s(a_result, &a_time) == 0;
+    errno_t const l_error = gmtime_s(a_result, &a_time);
+    return l_error == 0 ? status_done() : status_failed_runtime(l_error);
 }
 
-bool clock_ctime(std::time_t a_time, char (&a_text)[32])
+status clock_ctime(std::time_t a_time, char (&a_text)[32])
 {
     // ctime_s is asctime_s over localtime_s; the two steps are taken apart because some runtimes'
     // ctime_s refuse the time 0 (the epoch itself), which localtime_s accepts.
     std::tm l_tm{};
-    return localtime_s(&l_tm, &a_time) == 0 && asctime_s(a_text, sizeof a_text, &l_tm) == 0;
+    errno_t l_error = localtime_s(&l_tm, &a_time);
+    if (l_error == 0) {
+        l_error = asctime_s(a_text, sizeof a_text, &l_tm);
+    }
+    return l_error == 0 ? status_done() : status_failed_runtime(l_error);
 }
 
 } // namespace platform

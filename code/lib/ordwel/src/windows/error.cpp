@@ -1,24 +1,42 @@
 #include "platform/error.h"
 
-#include "platform/systeminfo.h"
+#include <cstring>
 
+#include <windows.h>
+
+// The error numbers of Win32 and their texts in the user's language; the C runtime's errno texts
+// for the calls that go through it.
 namespace ordwel {
 namespace platform {
 
-std::string last_error_text()
+unsigned long last_error()
 {
-    unsigned long const l_error = last_error();
-    std::string l_text = error_text(l_error);
-    std::string::size_type l_size = l_text.size();
-    while (l_size > 0 && (l_text[l_size - 1] == '\n' || l_text[l_size - 1] == '\r' || l_text[l_size - 1] == ' ' ||
-                          l_text[l_size - 1] == '.')) {
-        --l_size;
+    return GetLastError();
+}
+
+std::string error_text(unsigned long a_error)
+{
+    char *l_text = nullptr;
+    DWORD const l_size =
+        FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                       nullptr, static_cast<DWORD>(a_error), 0x400, reinterpret_cast<LPSTR>(&l_text), 0, nullptr);
+    std::string l_result;
+    if (l_size != 0 && l_text != nullptr) {
+        l_result.assign(l_text, l_size);
     }
-    if (l_size == 0) {
-        return "error " + std::to_string(l_error);
+    if (l_text != nullptr) {
+        LocalFree(l_text);
     }
-    l_text.resize(l_size);
-    return l_text;
+    return l_result;
+}
+
+std::string errno_text(int a_errno)
+{
+    char l_text[256] = {};
+    if (strerror_s(l_text, sizeof l_text, a_errno) != 0) {
+        return std::string();
+    }
+    return std::string(l_text);
 }
 
 } // namespace platform

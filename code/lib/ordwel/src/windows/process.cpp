@@ -27,17 +27,20 @@ std::uint64_t filetime_count(FILETIME const &a_time)
     return (static_cast<std::uint64_t>(a_time.dwHighDateTime) << 32) | a_time.dwLowDateTime;
 }
 
-template <class T_step> walk_result each_thread_of(child_record const &a_child, T_step a_step)
+template <class T_step> status each_thread_of(child_record const &a_child, walk_step &a_failed, T_step a_step)
 {
     HANDLE const l_snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
     if (l_snapshot == INVALID_HANDLE_VALUE) {
-        return walk_result::snapshot_failed;
+        a_failed = walk_step::snapshot;
+        return last_failure();
     }
     THREADENTRY32 l_entry{};
     l_entry.dwSize = sizeof(l_entry);
     if (!Thread32First(l_snapshot, &l_entry)) {
+        status const l_failure = last_failure();
         CloseHandle(l_snapshot);
-        return walk_result::first_failed;
+        a_failed = walk_step::first_thread;
+        return l_failure;
     }
     do {
         if (l_entry.th32OwnerProcessID == static_cast<DWORD>(a_child.pid)) {
@@ -50,12 +53,12 @@ template <class T_step> walk_result each_thread_of(child_record const &a_child, 
         l_entry.dwSize = sizeof(l_entry);
     } while (Thread32Next(l_snapshot, &l_entry));
     CloseHandle(l_snapshot);
-    return walk_result::done;
+    return status_done();
 }
 
 } // namespace
 
-bool pipe_create(handle &a_read, handle &a_write)
+status pipe_create(handle &a_read, handle &a_write)
 {
     SECURITY_ATTRIBUTES l_attributes{};
     l_attributes.nLength = sizeof(l_attributes);
@@ -63,16 +66,16 @@ bool pipe_create(handle &a_read, handle &a_write)
     HANDLE l_read = nullptr;
     HANDLE l_write = nullptr;
     if (!CreatePipe(&l_read, &l_write, &l_attributes, 0)) {
-        return false;
+        return last_failure();
     }
     a_read = wrap(l_read);
     a_write = wrap(l_write);
-    return true;
+    return status_done();
 }
 
-bool handle_set_uninheritable(handle a_handle)
+status handle_set_uninheritable(handle a_handle)
 {
-    return SetHandleInformation(native(a_handle), HANDLE_FLAG_INHERIT, 0) != 0;
+    return SetHandleInformation(native(a_handle), HANDLE_FLAG_INHERIT, 0) != 0 ? status_done() : last_failure();
 }
 
 void handle_close(handle &a_handle)
@@ -83,8 +86,8 @@ void handle_close(handle &a_handle)
     }
 }
 
-int child_create(char const *a_command_line, char const *a_environment, char const *a_directory, bool a_inherit,
-                 handle a_stdin, handle a_stdout, child_record &a_child)
+status child_create(char const *a_command_line, std::vector<std::string> const &, char const *a_environment,
+                    char const *a_directory, bool a_inherit, handle a_stdin, handle a_stdout, child_record &a_child)
 {
     STARTUPINFOA l_startup{};
     l_startup.cb = sizeof(l_startup);
@@ -99,7 +102,7 @@ int child_create(char const *a_command_line, char const *a_environment, char con
     PROCESS_INFORMATION l_info{};
     if (!CreateProcessA(nullptr, l_line.data(), nullptr, nullptr, a_inherit ? TRUE : FALSE, 0,
                         const_cast<char *>(a_environment), a_directory, &l_startup, &l_info)) {
-        return static_cast<int>(GetLastError());
+        return last_failure();
     }
     a_child.process = wrap(l_info.hProcess);
     a_child.thread = wrap(l_info.hThread);
@@ -110,10 +113,10 @@ int child_create(char const *a_command_line, char const *a_environment, char con
                         DUPLICATE_SAME_ACCESS)) {
         a_child.wait = wrap(l_wait);
     }
-    return 0;
+    return status_done();
 }
 
-wait_result child_wait(child_record const &a_child, handle a_output, int &a_error)
+status child_wait(child_record const &a_child, handle a_output, wait_result &a_result)
 {
     HANDLE const l_process = native(a_child.wait != k_no_handle ? a_child.wait : a_child.process);
     DWORD l_result = WaitForSingleObject(l_process, a_output != k_no_handle ? 0 : INFINITE);
@@ -128,49 +131,52 @@ wait_result child_wait(child_record const &a_child, handle a_output, int &a_erro
     switch (l_result) {
     case WAIT_OBJECT_0:
     case WAIT_ABANDONED:
-        return wait_result::ended;
+        a_result = wait_result::ended;
+        break;
     case WAIT_TIMEOUT:
-        return wait_result::timeout;
+        a_result = wait_result::timeout;
+        break;
     case WAIT_FAILED:
-        a_error = static_cast<int>(GetLastError());
-        return wait_result::failed;
+        return last_failure();
     default:
-        return wait_result::other;
+        a_result = wait_result::other;
+        break;
     }
+    return status_done();
 }
 
-bool pipe_write(handle a_handle, char const *a_data, std::size_t a_size)
+status pipe_write(handle a_handle, char const *a_data, std::size_t a_size)
 {
     while (a_size > 0) {
         DWORD const l_chunk = a_size > 0x40000000u ? 0x40000000u : static_cast<DWORD>(a_size);
         DWORD l_written = 0;
         if (!WriteFile(native(a_handle), a_data, l_chunk, &l_written, nullptr)) {
-            return false;
+            return last_failure();
         }
         a_data += l_written;
         a_size -= l_written;
     }
-    return true;
+    return status_done();
 }
 
-bool pipe_available(handle a_handle, unsigned &a_count)
+status pipe_available(handle a_handle, unsigned &a_count)
 {
     DWORD l_available = 0;
     if (!PeekNamedPipe(native(a_handle), nullptr, 0, nullptr, &l_available, nullptr)) {
-        return false;
+        return last_failure();
     }
     a_count = static_cast<unsigned>(l_available);
-    return true;
+    return status_done();
 }
 
-bool pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read)
+status pipe_read(handle a_handle, unsigned char *a_data, unsigned a_size, unsigned &a_read)
 {
     DWORD l_read = 0;
     if (!ReadFile(native(a_handle), a_data, a_size, &l_read, nullptr)) {
-        return false;
+        return last_failure();
     }
     a_read = static_cast<unsigned>(l_read);
-    return true;
+    return status_done();
 }
 
 void child_collect(child_record &a_child, child_outcome &a_outcome)
@@ -195,14 +201,14 @@ void child_collect(child_record &a_child, child_outcome &a_outcome)
     }
 }
 
-walk_result child_suspend(child_record &a_child)
+status child_suspend(child_record &a_child, walk_step &a_failed)
 {
-    return each_thread_of(a_child, [](HANDLE a_thread) { SuspendThread(a_thread); });
+    return each_thread_of(a_child, a_failed, [](HANDLE a_thread) { SuspendThread(a_thread); });
 }
 
-walk_result child_resume(child_record &a_child)
+status child_resume(child_record &a_child, walk_step &a_failed)
 {
-    return each_thread_of(a_child, [](HANDLE a_thread) { ResumeThread(a_thread); });
+    return each_thread_of(a_child, a_failed, [](HANDLE a_thread) { ResumeThread(a_thread); });
 }
 
 void child_kill(child_record const &a_child, unsigned a_exit_code)
@@ -212,17 +218,17 @@ void child_kill(child_record const &a_child, unsigned a_exit_code)
     }
 }
 
-bool child_kill_children(child_record const &a_child)
+status child_kill_children(child_record const &a_child)
 {
     HANDLE const l_snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
     if (l_snapshot == INVALID_HANDLE_VALUE) {
-        return false;
+        return last_failure();
     }
     PROCESSENTRY32 l_entry{};
     l_entry.dwSize = sizeof(l_entry);
     if (!Process32First(l_snapshot, &l_entry)) {
         CloseHandle(l_snapshot);
-        return false;
+        return last_failure();
     }
     do {
         if (l_entry.th32ParentProcessID == static_cast<DWORD>(a_child.pid)) {
@@ -235,7 +241,7 @@ bool child_kill_children(child_record const &a_child)
         l_entry.dwSize = sizeof(l_entry);
     } while (Process32Next(l_snapshot, &l_entry));
     CloseHandle(l_snapshot);
-    return true;
+    return status_done();
 }
 
 void child_release(child_record &a_child)

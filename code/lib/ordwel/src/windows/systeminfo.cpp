@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <new>
 
 #include <winsock2.h>
@@ -12,7 +13,7 @@
 #include <shlobj.h>
 #include <sys/stat.h>
 
-#include <ordwel/strutil.h>
+#include "platform/text.h"
 
 // The Win32 system queries, called by their own names.
 namespace ordwel {
@@ -20,7 +21,7 @@ namespace platform {
 
 namespace {
 
-void copy_system_info(SYSTEM_INFO const &a_from, env::system_info &a_to)
+void copy_system_info(SYSTEM_INFO const &a_from, system_record &a_to)
 {
     a_to.m_processor_architecture = a_from.wProcessorArchitecture;
     a_to.m_page_size = a_from.dwPageSize;
@@ -73,47 +74,47 @@ unsigned process_id()
     return static_cast<unsigned>(GetCurrentProcessId());
 }
 
-bool executable(std::string &a_path)
+status executable(std::string &a_path)
 {
     char l_path[MAX_PATH + 1] = {};
     DWORD const l_size = GetModuleFileNameA(nullptr, l_path, MAX_PATH);
     if (l_size == 0) {
-        return false;
+        return last_failure();
     }
     a_path.assign(l_path, l_size);
-    return true;
+    return status_done();
 }
 
-bool current_directory(std::string &a_path)
+status current_directory(std::string &a_path)
 {
     char l_path[MAX_PATH + 1] = {};
     DWORD const l_size = GetCurrentDirectoryA(MAX_PATH, l_path);
     if (l_size == 0 || l_size >= MAX_PATH) {
-        return false;
+        return last_failure();
     }
     a_path.assign(l_path, l_size);
-    return true;
+    return status_done();
 }
 
-bool temp_directory(std::string &a_path)
+status temp_directory(std::string &a_path)
 {
     char l_path[MAX_PATH + 1] = {};
     DWORD const l_size = GetTempPathA(MAX_PATH, l_path);
     if (l_size == 0 || l_size >= MAX_PATH) {
-        return false;
+        return last_failure();
     }
     a_path.assign(l_path, l_size);
-    return true;
+    return status_done();
 }
 
-bool home_directory(std::string &a_path)
+status home_directory(std::string &a_path)
 {
     char l_path[MAX_PATH + 1] = {};
     if (FAILED(SHGetFolderPathA(nullptr, CSIDL_PROFILE, nullptr, 0, l_path))) {
-        return false;
+        return last_failure();
     }
     a_path = l_path;
-    return true;
+    return status_done();
 }
 
 char path_separator()
@@ -121,10 +122,11 @@ char path_separator()
     return '\\';
 }
 
-std::FILE *command_open(char const *a_command)
+status command_open(char const *a_command, std::FILE *&a_pipe)
 {
     // Only the command's standard output is read.
-    return _popen(a_command, "r");
+    a_pipe = _popen(a_command, "r");
+    return a_pipe != nullptr ? status_done() : status_failed_runtime(errno);
 }
 
 int command_close(std::FILE *a_pipe)
@@ -151,12 +153,12 @@ unsigned processor_count()
     return l_info.dwNumberOfProcessors;
 }
 
-bool processor_mhz(unsigned &a_mhz)
+status processor_mhz(unsigned &a_mhz)
 {
     HKEY l_key = nullptr;
     if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "HARDWARE\\DESCRIPTION\\System\\CentralProcessor\\0", 0, KEY_READ, &l_key) !=
         ERROR_SUCCESS) {
-        return false;
+        return last_failure();
     }
     DWORD l_value = 0;
     DWORD l_size = sizeof l_value;
@@ -165,49 +167,19 @@ bool processor_mhz(unsigned &a_mhz)
         RegQueryValueExA(l_key, "~MHz", nullptr, &l_type, reinterpret_cast<LPBYTE>(&l_value), &l_size);
     RegCloseKey(l_key);
     a_mhz = l_result == ERROR_SUCCESS ? static_cast<unsigned>(l_value) : 0U;
-    return true;
+    return status_done();
 }
 
-bool system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user)
+status system_times(uint64 &a_idle, uint64 &a_kernel, uint64 &a_user)
 {
     FILETIME l_idle, l_kernel, l_user;
     if (!GetSystemTimes(&l_idle, &l_kernel, &l_user)) {
-        return false;
+        return last_failure();
     }
     a_idle = (static_cast<uint64>(l_idle.dwHighDateTime) << 32) | l_idle.dwLowDateTime;
     a_kernel = (static_cast<uint64>(l_kernel.dwHighDateTime) << 32) | l_kernel.dwLowDateTime;
     a_user = (static_cast<uint64>(l_user.dwHighDateTime) << 32) | l_user.dwLowDateTime;
-    return true;
-}
-
-unsigned long last_error()
-{
-    return GetLastError();
-}
-
-std::string error_text(unsigned long a_error)
-{
-    char *l_text = nullptr;
-    DWORD const l_size =
-        FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
-                       nullptr, static_cast<DWORD>(a_error), 0x400, reinterpret_cast<LPSTR>(&l_text), 0, nullptr);
-    std::string l_result;
-    if (l_size != 0 && l_text != nullptr) {
-        l_result.assign(l_text, l_size);
-    }
-    if (l_text != nullptr) {
-        LocalFree(l_text);
-    }
-    return l_result;
-}
-
-std::string errno_text(int a_errno)
-{
-    char l_text[256] = {};
-    if (strerror_s(l_text, sizeof l_text, a_errno) != 0) {
-        return std::string();
-    }
-    return std::string(l_text);
+    return status_done();
 }
 
 version_facts read_version_facts()
@@ -258,12 +230,12 @@ int server_r2_metric()
     return GetSystemMetrics(SM_SERVERR2);
 }
 
-bool product_type_text(std::string &a_text)
+status product_type_text(std::string &a_text)
 {
     HKEY l_key = nullptr;
     if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, "SYSTEM\\CurrentControlSet\\Control\\ProductOptions", 0, KEY_QUERY_VALUE,
                       &l_key) != ERROR_SUCCESS) {
-        return false;
+        return last_failure();
     }
     char l_text[80] = {};
     DWORD l_size = sizeof l_text;
@@ -271,10 +243,10 @@ bool product_type_text(std::string &a_text)
         RegQueryValueExA(l_key, "ProductType", nullptr, nullptr, reinterpret_cast<LPBYTE>(l_text), &l_size);
     RegCloseKey(l_key);
     if (l_result != ERROR_SUCCESS || l_size > sizeof l_text) {
-        return false;
+        return last_failure();
     }
     a_text.assign(l_text, strnlen(l_text, sizeof l_text));
-    return true;
+    return status_done();
 }
 
 uint32 version_word()
@@ -299,22 +271,22 @@ std::string machine_isa()
     return "x86_64";
 }
 
-bool volume_file_system(std::string const &a_root, std::string const &, std::string &a_name)
+status volume_file_system(std::string const &a_root, std::string const &, std::string &a_name)
 {
-    std::wstring const l_root = strutil::string_to_wstring(a_root);
+    std::wstring const l_root = wide_with_utf8(a_root.c_str(), std::strlen(a_root.c_str()));
     wchar_t l_volume[MAX_PATH + 1] = {};
     wchar_t l_system[MAX_PATH + 1] = {};
     if (!GetVolumeInformationW(l_root.c_str(), l_volume, MAX_PATH + 1, nullptr, nullptr, nullptr, l_system,
                                MAX_PATH + 1)) {
-        return false;
+        return last_failure();
     }
-    a_name = strutil::wstring_to_string(l_system);
-    return true;
+    a_name = utf8_with_wide(l_system, std::wcslen(l_system));
+    return status_done();
 }
 
 bool path_exists(std::string const &a_path)
 {
-    std::wstring const l_path = strutil::string_to_wstring(a_path);
+    std::wstring const l_path = wide_with_utf8(a_path.c_str(), std::strlen(a_path.c_str()));
     struct _stat64i32 l_info;
     return _wstat64i32(l_path.c_str(), &l_info) == 0;
 }
@@ -335,7 +307,7 @@ processor_facts read_processor_facts()
     return l_facts;
 }
 
-relation_status processor_relations(std::vector<processor_relation> &a_records, unsigned long &a_error)
+status processor_relations(std::vector<processor_relation> &a_records)
 {
     DWORD l_length = 0;
     void *l_buffer = nullptr;
@@ -344,27 +316,26 @@ relation_status processor_relations(std::vector<processor_relation> &a_records, 
         std::free(l_buffer);
         l_buffer = nullptr;
         if (l_error != ERROR_INSUFFICIENT_BUFFER) {
-            a_error = l_error;
-            return relation_status::failed;
+            return status_failed(l_error);
         }
         l_buffer = std::malloc(l_length);
         if (l_buffer == nullptr) {
-            return relation_status::no_memory;
+            throw std::bad_alloc();
         }
     }
     auto const *const l_records = static_cast<SYSTEM_LOGICAL_PROCESSOR_INFORMATION const *>(l_buffer);
     std::size_t const l_count = l_length / sizeof(SYSTEM_LOGICAL_PROCESSOR_INFORMATION);
-    relation_status l_status = relation_status::ok;
     try {
         for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
             a_records.push_back(processor_relation{static_cast<uint32>(l_records[l_index].Relationship),
                                                    static_cast<uint64>(l_records[l_index].ProcessorMask)});
         }
     } catch (std::bad_alloc const &) {
-        l_status = relation_status::no_memory;
+        std::free(l_buffer);
+        throw;
     }
     std::free(l_buffer);
-    return l_status;
+    return status_done();
 }
 
 } // namespace platform

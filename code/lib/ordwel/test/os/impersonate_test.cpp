@@ -10,7 +10,7 @@
 
 #include <ordwel/es.h>
 
-#include "../../src/platform/impersonate.h"
+#include "platform/impersonate.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -29,33 +29,49 @@ struct fake {
     static inline bool fail_revert = false;
     static inline int copies_open = 0;
 
-    static bool logon_user(char const *a_user, char const *a_domain, char const *a_password, std::intptr_t &a_token)
+    // The platform's "access denied", and its text as the logon texts carry it.
+#if defined(_WIN32)
+    static constexpr unsigned long k_denied = 5;
+    static inline std::string const k_denied_text = "Access denied";
+#else
+    static constexpr unsigned long k_denied = EACCES;
+    static inline std::string const k_denied_text = "Permission denied";
+#endif
+    static platform::status outcome(bool a_fail)
+    {
+        return a_fail ? platform::status_failed(k_denied) : platform::status_done();
+    }
+
+    static platform::status logon_user(char const *a_user, char const *a_domain, char const *a_password,
+                                       std::intptr_t &a_token)
     {
         calls.push_back(std::string("logon ") + a_domain + "\\" + a_user + " " + a_password);
         a_token = 100 + static_cast<std::intptr_t>(calls.size());
-        return !fail_logon;
+        return outcome(fail_logon);
     }
-    static bool duplicate_token(std::intptr_t a_token, std::intptr_t &a_copy)
+    static platform::status duplicate_token(std::intptr_t a_token, std::intptr_t &a_copy)
     {
         calls.push_back("duplicate " + std::to_string(a_token));
         a_copy = 1000 + static_cast<std::intptr_t>(calls.size());
         if (!fail_duplicate) {
             ++copies_open;
         }
-        return !fail_duplicate;
+        return outcome(fail_duplicate);
     }
-    static bool impersonate(std::intptr_t)
+    static platform::status impersonate(std::intptr_t)
     {
         calls.push_back("impersonate");
-        return !fail_impersonate;
+        return outcome(fail_impersonate);
     }
-    static bool revert()
+    static platform::status revert()
     {
         calls.push_back("revert");
-        return !fail_revert;
+        return outcome(fail_revert);
     }
-    static void close_copy(std::intptr_t) { --copies_open; }
-    static std::string last_error() { return "Access is denied"; }
+    static void close_copy(std::intptr_t)
+    {
+        --copies_open;
+    }
 };
 
 class impersonate : public ::testing::Test {
@@ -63,8 +79,8 @@ protected:
     void SetUp() override
     {
         m_saved = platform::impersonate_backend();
-        platform::impersonate_backend() = {fake::logon_user, fake::duplicate_token, fake::impersonate,
-                                           fake::revert,     fake::close_copy,      fake::last_error};
+        platform::impersonate_backend() = {fake::logon_user, fake::duplicate_token, fake::impersonate, fake::revert,
+                                           fake::close_copy};
         fake::calls.clear();
         fake::fail_logon = fake::fail_duplicate = fake::fail_impersonate = fake::fail_revert = false;
         fake::copies_open = 0;
@@ -213,17 +229,17 @@ TEST_F(impersonate, failures_name_the_host_and_the_reason_never_the_secret)
 
     fake::fail_logon = true;
     EXPECT_EQ(error_text(l_user, &impersonate_user::logon),
-              "unable to logon to host: 'HOST'. logon error: 'Access is denied'");
+              "unable to logon to host: 'HOST'. logon error: '" + fake::k_denied_text + "'");
     fake::fail_logon = false;
 
     fake::fail_duplicate = true;
     EXPECT_EQ(error_text(l_user, &impersonate_user::logon),
-              "unable to logon to host: 'HOST'. duplication error: 'Access is denied'");
+              "unable to logon to host: 'HOST'. duplication error: '" + fake::k_denied_text + "'");
     fake::fail_duplicate = false;
 
     fake::fail_impersonate = true;
     EXPECT_EQ(error_text(l_user, &impersonate_user::logon),
-              "unable to logon to host: 'HOST'. update credentials error: 'Access is denied'");
+              "unable to logon to host: 'HOST'. update credentials error: '" + fake::k_denied_text + "'");
     fake::fail_impersonate = false;
     EXPECT_EQ(fake::copies_open, 0);
     impersonate_credentials l_credentials;
@@ -231,7 +247,7 @@ TEST_F(impersonate, failures_name_the_host_and_the_reason_never_the_secret)
 
     fake::fail_revert = true;
     EXPECT_EQ(error_text(l_user, &impersonate_user::logoff),
-              "unable to logoff share: 'HOST'. revert credentials error: 'Access is denied'");
+              "unable to logoff share: 'HOST'. revert credentials error: '" + fake::k_denied_text + "'");
 }
 
 TEST_F(impersonate, a_failed_logon_leaves_no_guard)

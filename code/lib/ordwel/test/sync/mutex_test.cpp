@@ -12,8 +12,8 @@
 
 #include <gtest/gtest.h>
 
-#include "../../src/sync/mutex_text.h"
 #include "support/test_support.h"
+#include "sync/mutex_text.h"
 
 namespace {
 
