@@ -3,7 +3,6 @@
 
 #include <atomic>
 
-#include <ordwel/export.h>
 #include <ordwel/types.h>
 
 // The processor's vector instruction sets, detected once, and the choice of a kernel per set.
@@ -13,7 +12,7 @@
 // and the operating system support, picked once, on first use. On a processor that is no x86 the
 // level is always scalar.
 //
-// The functions are exported only so that the library's tests reach them.
+// Nothing here is exported: the tests and benchmarks reach it through the static ordwel_private.
 
 namespace ordwel {
 namespace internal {
@@ -49,21 +48,21 @@ struct cpuid_registers {
 
 // The cpuid instruction for a_leaf and a_subleaf. False, with every register 0, where the processor
 // lacks the leaf (basic and extended leaves are checked against their own maximum) or is no x86.
-ORDWEL_API bool cpuid(uint32 a_leaf, uint32 a_subleaf, cpuid_registers &a_out);
+bool cpuid(uint32 a_leaf, uint32 a_subleaf, cpuid_registers &a_out);
 
 // The features of the processor the program runs on, detected on the first call.
-ORDWEL_API cpu_features const &cpu_features_detected();
+cpu_features const &cpu_features_detected();
 
 // The widest level that a set of features allows.
-ORDWEL_API simd_level simd_level_of(cpu_features const &a_features);
+simd_level simd_level_of(cpu_features const &a_features);
 
 // The level that dispatch objects choose by: the detected level, lowered to the cap.
-ORDWEL_API simd_level simd_level_active();
+simd_level simd_level_active();
 
 // Caps the active level at a_level (simd_level::avx512 lifts the cap). For tests and benchmarks
 // that compare the kernels of one machine: a dispatch object that has already chosen keeps its
 // choice, so a cap is set before first use, or asked of dispatch::for_level directly.
-ORDWEL_API void simd_level_cap(simd_level a_level);
+void simd_level_cap(simd_level a_level);
 
 // The kernels of one operation, t_function being a function pointer type. A level without a kernel
 // of its own (null) falls back to the next narrower one; the scalar kernel is required. Built as a

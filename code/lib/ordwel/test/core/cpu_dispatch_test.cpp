@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "../../src/core/cpu_dispatch.h"
+#include "core/cpu_dispatch.h"
 
 namespace {
 

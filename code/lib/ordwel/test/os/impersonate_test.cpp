@@ -300,24 +300,4 @@ TEST(impersonate_platform, logon_and_logoff_with_the_real_calls)
     EXPECT_FALSE(impersonate_thread_credentials(l_credentials));
 }
 
-// The real backend's text of the last error: the platform's one line, without its line end and
-// full stop; a number the platform has no text for is named.
-TEST(impersonate_platform, last_error_is_one_line_of_the_platforms_text)
-{
-    auto const l_last_error = platform::impersonate_backend().last_error;
-#if defined(_WIN32)
-    SetLastError(ERROR_FILE_NOT_FOUND);
-    std::string const l_text = l_last_error();
-    ASSERT_FALSE(l_text.empty());
-    EXPECT_EQ(l_text.find_first_of("\r\n"), std::string::npos) << l_text;
-    EXPECT_NE(l_text.back(), '.') << l_text;
-    EXPECT_NE(l_text.back(), ' ') << l_text;
-    SetLastError(0x2BADBEEFUL);
-    EXPECT_EQ(l_last_error(), "error 732806895");
-#else
-    errno = ENOENT;
-    EXPECT_EQ(l_last_error(), std::strerror(ENOENT));
-#endif
-}
-
 } // namespace
