@@ -1,6 +1,9 @@
 #include <ordwel/uri_ids.h>
 
+#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -8,105 +11,89 @@ namespace {
 
 using namespace ordwel;
 
+// The four fields of a plid joined by '|', the key as written.
+std::string fields_of(std::string const &a_plid)
+{
+    return plid_category(a_plid) + "|" + plid_type(a_plid) + "|" + plid_key(a_plid, false) + "|" + plid_version(a_plid);
+}
+
+// A '#' ends the fields: a '/' behind it divides nothing.
 TEST(plid, fields_by_their_slashes)
 {
     struct row {
-        char const *text, *category, *type, *key, *version;
-    } const l_rows[] = {
-        {"plid:", "", "", "", ""},
-        {"plid:cat", "cat", "", "", ""},
-        {"plid:cat/", "cat", "", "", ""},
-        {"plid:cat/type", "cat", "type", "", ""},
-        {"plid:cat/type/key", "cat", "type", "key", ""},
-        {"plid:cat/type/key/1.0", "cat", "type", "key", "1.0"},
-        {"plid:cat/type/key/1.0/x", "cat", "type", "key", "1.0"},
-        {"plid:/t", "", "t", "", ""},
-        {"plid:///v", "", "", "", "v"},
-        {"cat/type", "cat", "type", "", ""},
-        {"", "", "", "", ""},
-        {"x:a:b/c", "a:b", "c", "", ""},
-        // A '#' ends the fields: a '/' behind it divides nothing.
-        {"plid:a/b#f/g", "a", "b", "", ""},
-        {"plid:a#f/g", "a", "", "", ""},
-        {"plid:a/%2f/K%2fx", "a", "%2f", "K%2fx", ""},
-    };
+        char const *text, *fields;
+    } const l_rows[] = {{"plid:", "|||"},
+                        {"plid:cat", "cat|||"},
+                        {"plid:cat/", "cat|||"},
+                        {"plid:cat/type", "cat|type||"},
+                        {"plid:cat/type/key", "cat|type|key|"},
+                        {"plid:cat/type/key/1.0", "cat|type|key|1.0"},
+                        {"plid:cat/type/key/1.0/x", "cat|type|key|1.0"},
+                        {"plid:/t", "|t||"},
+                        {"plid:///v", "|||v"},
+                        {"cat/type", "cat|type||"},
+                        {"", "|||"},
+                        {"x:a:b/c", "a:b|c||"},
+                        {"plid:a/b#f/g", "a|b||"},
+                        {"plid:a#f/g", "a|||"},
+                        {"plid:a/%2f/K%2fx", "a|%2f|K%2fx|"}};
     for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.text);
-        EXPECT_EQ(plid_category(l_row.text), l_row.category);
-        EXPECT_EQ(plid_type(l_row.text), l_row.type);
-        EXPECT_EQ(plid_key(l_row.text, false), l_row.key);
-        EXPECT_EQ(plid_version(l_row.text), l_row.version);
+        EXPECT_EQ(fields_of(l_row.text), l_row.fields) << l_row.text;
     }
-}
-
-TEST(plid, key_decodes_when_asked)
-{
+    // Only the key is ever decoded, and only when asked.
     EXPECT_EQ(plid_key("plid:a/%2f/K%2fx", true), "K/x");
     EXPECT_EQ(plid_key("plid:a/b/%00%41", true), "%00A");
-    EXPECT_EQ(plid_type("plid:a/%41/k"), "%41"); // no other field is ever decoded
 }
 
+// An empty value empties the field and leaves the '/'; values go in as given, so a '/' in them
+// divides fields; without a scheme the fields start at the text's beginning; missing '/' go in
+// front of a fragment.
 TEST(plid, setters_add_the_slashes_they_need)
 {
-    enum class field { category, type, key, version };
+    using in_place = std::string &(*)(std::string &, std::string const &);
+    using copying = std::string (*)(std::string const &, std::string const &);
+    std::map<char, std::pair<in_place, copying>> const l_setters = {
+        {'c', {plid_set_category, plid_new_category}},
+        {'t', {plid_set_type, plid_new_type}},
+        {'k',
+         {[](std::string &a_plid, std::string const &a_key) -> std::string & {
+              return plid_set_key(a_plid, a_key, false);
+          },
+          [](std::string const &a_plid, std::string const &a_key) { return plid_new_key(a_plid, a_key, false); }}},
+        {'v', {plid_set_version, plid_new_version}}};
     struct row {
         char const *text;
-        field which;
+        char field; // c, t, k or v
         char const *value, *expected;
-    } const l_rows[] = {
-        {"plid:", field::category, "C", "plid:C"},
-        {"plid:", field::type, "T", "plid:/T"},
-        {"plid:", field::version, "V", "plid:///V"},
-        {"plid:cat", field::type, "T", "plid:cat/T"},
-        {"plid:cat", field::key, "k", "plid:cat//k"},
-        {"plid:cat/type", field::key, "k", "plid:cat/type/k"},
-        {"plid:cat/type", field::version, "V", "plid:cat/type//V"},
-        {"plid:cat/type/key", field::version, "V", "plid:cat/type/key/V"},
-        {"plid:cat/type/key/1.0", field::type, "T", "plid:cat/T/key/1.0"},
-        {"plid:cat/type/key/1.0/x", field::version, "V", "plid:cat/type/key/V/x"},
-        {"plid:cat", field::version, "V", "plid:cat///V"},
-        {"plid:cat/", field::version, "V", "plid:cat///V"},
-        {"plid:cat/type/key", field::category, "C", "plid:C/type/key"},
-        // An empty value empties the field and leaves the '/'.
-        {"plid:cat/type/key", field::type, "", "plid:cat//key"},
-        {"plid:cat/type", field::category, "", "plid:/type"},
-        {"plid:cat", field::category, "", "plid:"},
-        // Values go in as given: a '/' in them divides fields.
-        {"plid:", field::type, "a/b", "plid:/a/b"},
-        // Without a scheme the fields start at the text's beginning.
-        {"", field::type, "T", "/T"},
-        {"cat", field::key, "k", "cat//k"},
-        // Missing '/' go in front of a fragment.
-        {"plid:a#f", field::type, "T", "plid:a/T#f"},
-        {"plid:a/b#f/g", field::version, "V", "plid:a/b//V#f/g"},
-        {"plid:a/b#f/g", field::type, "T", "plid:a/T#f/g"},
-    };
+    } const l_rows[] = {{"plid:", 'c', "C", "plid:C"},
+                        {"plid:", 't', "T", "plid:/T"},
+                        {"plid:", 'v', "V", "plid:///V"},
+                        {"plid:cat", 't', "T", "plid:cat/T"},
+                        {"plid:cat", 'k', "k", "plid:cat//k"},
+                        {"plid:cat/type", 'k', "k", "plid:cat/type/k"},
+                        {"plid:cat/type", 'v', "V", "plid:cat/type//V"},
+                        {"plid:cat/type/key", 'v', "V", "plid:cat/type/key/V"},
+                        {"plid:cat/type/key/1.0", 't', "T", "plid:cat/T/key/1.0"},
+                        {"plid:cat/type/key/1.0/x", 'v', "V", "plid:cat/type/key/V/x"},
+                        {"plid:cat", 'v', "V", "plid:cat///V"},
+                        {"plid:cat/", 'v', "V", "plid:cat///V"},
+                        {"plid:cat/type/key", 'c', "C", "plid:C/type/key"},
+                        {"plid:cat/type/key", 't', "", "plid:cat//key"},
+                        {"plid:cat/type", 'c', "", "plid:/type"},
+                        {"plid:cat", 'c', "", "plid:"},
+                        {"plid:", 't', "a/b", "plid:/a/b"},
+                        {"", 't', "T", "/T"},
+                        {"cat", 'k', "k", "cat//k"},
+                        {"plid:a#f", 't', "T", "plid:a/T#f"},
+                        {"plid:a/b#f/g", 'v', "V", "plid:a/b//V#f/g"},
+                        {"plid:a/b#f/g", 't', "T", "plid:a/T#f/g"}};
     for (row const &l_row : l_rows) {
-        SCOPED_TRACE(std::string(l_row.text) + " <- " + l_row.value);
+        SCOPED_TRACE(std::string(l_row.text) + " <- " + l_row.field + " " + l_row.value);
+        auto const &l_setter = l_setters.at(l_row.field);
         std::string l_plid = l_row.text;
-        std::string const l_source = l_row.text;
-        std::string l_copy;
-        switch (l_row.which) {
-        case field::category:
-            EXPECT_EQ(&plid_set_category(l_plid, l_row.value), &l_plid);
-            l_copy = plid_new_category(l_source, l_row.value);
-            break;
-        case field::type:
-            EXPECT_EQ(&plid_set_type(l_plid, l_row.value), &l_plid);
-            l_copy = plid_new_type(l_source, l_row.value);
-            break;
-        case field::key:
-            EXPECT_EQ(&plid_set_key(l_plid, l_row.value, false), &l_plid);
-            l_copy = plid_new_key(l_source, l_row.value, false);
-            break;
-        case field::version:
-            EXPECT_EQ(&plid_set_version(l_plid, l_row.value), &l_plid);
-            l_copy = plid_new_version(l_source, l_row.value);
-            break;
-        }
+        EXPECT_EQ(&l_setter.first(l_plid, l_row.value), &l_plid);
         EXPECT_EQ(l_plid, l_row.expected);
-        EXPECT_EQ(l_copy, l_row.expected);
-        EXPECT_EQ(l_source, l_row.text);
+        EXPECT_EQ(l_setter.second(l_row.text, l_row.value), l_row.expected);
     }
 }
 
@@ -144,18 +131,12 @@ TEST(plid, an_encoded_key_holds_any_text)
 
 TEST(uri_ids, scheme_words_and_empty_identifiers)
 {
-    EXPECT_EQ(egid_scheme(), "egid");
-    EXPECT_EQ(wtid_scheme(), "wtid");
-    EXPECT_EQ(port_scheme(), "port");
-    EXPECT_EQ(graph_scheme(), "graph");
-    EXPECT_EQ(workflow_scheme(), "workflow");
+    EXPECT_EQ(
+        (std::vector<std::string>{egid_scheme(), wtid_scheme(), port_scheme(), graph_scheme(), workflow_scheme()}),
+        (std::vector<std::string>{"egid", "wtid", "port", "graph", "workflow"}));
     EXPECT_EQ(&egid_scheme(), &egid_scheme());
-    EXPECT_EQ(plid_new(), "plid:");
-    EXPECT_EQ(egid_new(), "egid:");
-    EXPECT_EQ(wtid_new(), "wtid:");
-    EXPECT_EQ(port_new(), "port:");
-    EXPECT_EQ(graph_new(), "graph:");
-    EXPECT_EQ(workflow_new(), "workflow:");
+    EXPECT_EQ((std::vector<std::string>{plid_new(), egid_new(), wtid_new(), port_new(), graph_new(), workflow_new()}),
+              (std::vector<std::string>{"plid:", "egid:", "wtid:", "port:", "graph:", "workflow:"}));
 }
 
 TEST(uri_ids, egid_fields_are_coded)

@@ -80,27 +80,21 @@ TEST(url_create_from_url_or_path, asks_the_platform_for_the_working_directory)
 
 TEST(unc, host_share_and_object)
 {
-    struct row {
-        std::string text;
-        std::string host;
-        std::string share;
-        std::string object;
+    // Host, share and object joined by '|'.
+    std::vector<pair_row> const l_rows = {
+        {"\\\\h\\s\\d\\f", "h|s|\\d\\f"},
+        {"\\\\h\\s", "h|s|"},
+        {"\\\\h\\s\\", "h|s|\\"},
+        {"\\\\h\\", "h||\\"},
+        {"\\\\h", "h||"},
+        {"\\\\", "||\\"},
+        {"\\a\\b", "|a|\\b"},
+        {"a\\b", "||a\\b"},
+        {"", "||"},
     };
-    std::vector<row> const l_rows = {
-        {"\\\\h\\s\\d\\f", "h", "s", "\\d\\f"},
-        {"\\\\h\\s", "h", "s", ""},
-        {"\\\\h\\s\\", "h", "s", "\\"},
-        {"\\\\h\\", "h", "", "\\"},
-        {"\\\\h", "h", "", ""},
-        {"\\\\", "", "", "\\"},
-        {"\\a\\b", "", "a", "\\b"},
-        {"a\\b", "", "", "a\\b"},
-        {"", "", "", ""},
-    };
-    for (row const &l_row : l_rows) {
-        EXPECT_EQ(unc_host(l_row.text), l_row.host) << l_row.text;
-        EXPECT_EQ(unc_share(l_row.text), l_row.share) << l_row.text;
-        EXPECT_EQ(unc_object(l_row.text), l_row.object) << l_row.text;
+    for (pair_row const &l_row : l_rows) {
+        EXPECT_EQ(unc_host(l_row.input) + "|" + unc_share(l_row.input) + "|" + unc_object(l_row.input), l_row.expected)
+            << l_row.input;
     }
     EXPECT_EQ(unc_path_to_url("\\\\h\\s\\a b\\c", "smb"), "smb://h/s/a%20b/c");
     EXPECT_EQ(unc_path_to_url("\\\\h", "x"), "x://h/");

@@ -93,28 +93,6 @@ void add_test_options(arg::optparser &a_parser, recorder &a_recorder,
     }
 }
 
-struct parse_outcome {
-    bool result;
-    std::vector<std::string> calls;
-    std::string error;
-};
-
-parse_outcome run_parse(std::vector<std::string> const &a_words, std::map<int, int> const &a_results = {},
-                        std::vector<std::pair<int, char const *>> const &a_long_only = {})
-{
-    recorder l_recorder;
-    l_recorder.m_results = a_results;
-    arg::optparser l_parser(&l_recorder);
-    add_test_options(l_parser, l_recorder, a_long_only);
-    command_line l_line(a_words);
-    testing::internal::CaptureStderr();
-    bool const l_result = l_parser.parse(l_line.argc(), l_line.argv());
-    std::string const l_error = testing::internal::GetCapturedStderr();
-    return {l_result, l_recorder.m_calls, l_error};
-}
-
-using calls = std::vector<std::string>;
-
 // The blank-separated words of a_text.
 std::vector<std::string> split(std::string const &a_text)
 {
@@ -126,106 +104,91 @@ std::vector<std::string> split(std::string const &a_text)
     return l_words;
 }
 
+// What parse returned and what it wrote to the standard error stream.
+using outcome = std::pair<bool, std::string>;
+
+outcome parse_words(arg::optparser &a_parser, std::string const &a_words)
+{
+    command_line l_line(split(a_words));
+    testing::internal::CaptureStderr();
+    bool const l_result = a_parser.parse(l_line.argc(), l_line.argv());
+    return {l_result, testing::internal::GetCapturedStderr()};
+}
+
 TEST(optparser, parse_table_reports_every_callback_in_command_line_order)
 {
-    // Words and callbacks are separated by blanks.
+    // Words and callbacks are separated by blanks; a parse fails exactly when it writes an error.
     struct row {
-        char const *name;
-        char const *words;
-        bool result;
-        char const *expected;
-        std::string error;
-        std::map<int, int> results;
-    };
-    std::vector<std::pair<int, char const *>> const l_long = {
-        {-99, "l0"}, {-98, "l1"}, {-97, "test2"}, {-96, "test2_4"}, {-95, "l2n"}};
-    row const l_rows[] = {
-        {"parse1", "-a", true, "a[]", "", {}},
-        {"parse3", "-a nope", true, "a[] 1[nope]", "", {}},
-        {"parse4", "-a -b", false, "a[]", "*** too few arguments for option `b'\n", {}},
-        {"parse5", "-a -b yes", true, "a[] b[yes]", "", {}},
-        {"parse5_2", "-a -d yes", false, "a[]", "*** too few arguments for option `d'\n", {}},
-        {"parse6", "--aaa", true, "a[]", "", {}},
-        {"parse8", "--aaa nope", true, "a[] 1[nope]", "", {}},
-        {"parse9", "--aaa --bbb", false, "a[]", "*** too few arguments for option `bbb'\n", {}},
-        {"parse10", "--aaa --bbb yes", true, "a[] b[yes]", "", {}},
-        {"parse11", "--aaa --ddd yes", false, "a[]", "*** too few arguments for option `ddd'\n", {}},
-        {"parse12", "--aaa --ddd yes again", true, "a[] d[yes,again]", "", {}},
-        {"parse13",
-         "--aaa --ddd yes again and again and again",
-         true,
-         "a[] d[yes,again,and,again] 1[and] 1[again]",
-         "",
-         {}},
-        {"parse14",
-         "--aaa --ddd=yes,again,and,again and again",
-         true,
-         "a[] d[yes,again,and,again] 1[and] 1[again]",
-         "",
-         {}},
-        {"parse15",
-         "--aaa --ddd=yes,again,and,again,and,again",
-         true,
-         "a[] d[yes,again,and,again] 1[and] 1[again]",
-         "",
-         {}},
-        {"parse16",
-         "--aaa -c=3 --ccc 4 --l0 --l1 hej what? -ij1 --l2n yes again and again",
-         true,
-         "a[] c[=3] c[4] -99[] -98[hej] 1[what?] i[] j[1] -95[yes,again,and,again]",
-         "",
-         {}},
-        {"parse17", "-aijapa", true, "a[] i[] j[apa]", "", {}},
-        {"parse18", "-jiaapa", true, "j[iaapa]", "", {}},
-        {"parse19", "-iak", true, "i[] a[] k[]", "", {}},
-        {"parse20", "-akiiii", true, "a[] k[iiii]", "", {}},
-        {"parse21", "-aikii", true, "a[] i[] k[ii]", "", {}},
-        {"parse30",
-         "-e arg1 arg2 arg3 arg4 arg5",
-         true,
-         "e[arg1,arg2,arg3,arg4,arg5] 1[arg3] 1[arg4] 1[arg5]",
-         "",
-         {{'e', 2}}},
-        {"parse31", "-e arg1 arg2 arg3 arg4 arg5", true, "e[arg1,arg2,arg3,arg4,arg5] 1[arg5]", "", {{'e', 4}}},
+        char const *words, *expected;
+        std::string error{};
+        std::map<int, int> results{};
+    } const l_rows[] = {
+        {"-a", "a[]"},
+        {"-a nope", "a[] 1[nope]"},
+        {"-a -b", "a[]", "*** too few arguments for option `b'\n"},
+        {"-a -b yes", "a[] b[yes]"},
+        {"-a -d yes", "a[]", "*** too few arguments for option `d'\n"},
+        {"--aaa", "a[]"},
+        {"--aaa nope", "a[] 1[nope]"},
+        {"--aaa --bbb", "a[]", "*** too few arguments for option `bbb'\n"},
+        {"--aaa --bbb yes", "a[] b[yes]"},
+        {"--aaa --ddd yes", "a[]", "*** too few arguments for option `ddd'\n"},
+        {"--aaa --ddd yes again", "a[] d[yes,again]"},
+        {"--aaa --ddd yes again and again and again", "a[] d[yes,again,and,again] 1[and] 1[again]"},
+        {"--aaa --ddd=yes,again,and,again and again", "a[] d[yes,again,and,again] 1[and] 1[again]"},
+        {"--aaa --ddd=yes,again,and,again,and,again", "a[] d[yes,again,and,again] 1[and] 1[again]"},
+        {"--aaa -c=3 --ccc 4 --l0 --l1 hej what? -ij1 --l2n yes again and again",
+         "a[] c[=3] c[4] -99[] -98[hej] 1[what?] i[] j[1] -95[yes,again,and,again]"},
+        // Clusters: flags until one that takes words, which takes the rest of the cluster.
+        {"-aijapa", "a[] i[] j[apa]"},
+        {"-jiaapa", "j[iaapa]"},
+        {"-iak", "i[] a[] k[]"},
+        {"-akiiii", "a[] k[iiii]"},
+        {"-aikii", "a[] i[] k[ii]"},
+        {"-e arg1 arg2 arg3 arg4 arg5", "e[arg1,arg2,arg3,arg4,arg5] 1[arg3] 1[arg4] 1[arg5]", "", {{'e', 2}}},
+        {"-e arg1 arg2 arg3 arg4 arg5", "e[arg1,arg2,arg3,arg4,arg5] 1[arg5]", "", {{'e', 4}}},
         // Values that look like numbers or a lone dash are taken; option-like words end the list.
-        {"negative number value", "-c -5", true, "c[-5]", "", {}},
-        {"lone dash value", "-c -", true, "c[-]", "", {}},
-        {"option ends values", "-c -a", true, "c[] a[]", "", {}},
-        {"long option is no value", "-d 1 --aaa", false, "", "*** too few arguments for option `d'\n", {}},
-        {"double dash is no value", "-c -- x", true, "c[] 1[--] 1[x]", "", {}},
-        {"lone dash skipped", "- w -", true, "1[w]", "", {}},
-        {"values up to max then words", "-l 1 -2 3 4 5", true, "l[1,-2,3,4] 1[5]", "", {}},
+        {"-c -5", "c[-5]"},
+        {"-c -", "c[-]"},
+        {"-c -a", "c[] a[]"},
+        {"-d 1 --aaa", "", "*** too few arguments for option `d'\n"},
+        {"-c -- x", "c[] 1[--] 1[x]"},
+        {"- w -", "1[w]"},
+        {"-l 1 -2 3 4 5", "l[1,-2,3,4] 1[5]"},
         // After "--" everything is a word, "--" first, and nothing is an option any more.
-        {"end of options", "-a -- -b --ccc --ddd=x,y -", true, "a[] 1[--] 1[-b] 1[--ccc] 1[--ddd=x,y] 1[-]", "", {}},
-        {"unknown long", "-a --zzz -a", false, "a[]", "*** no such option `zzz'\n", {}},
-        {"unknown short in cluster", "-aza", false, "a[]", "*** no such option `z'\n", {}},
-        {"unknown long with value", "--zzz=1,2", false, "", "*** no such option `zzz'\n", {}},
-        {"short-only id has no long form", "--i", false, "", "*** no such option `i'\n", {}},
+        {"-a -- -b --ccc --ddd=x,y -", "a[] 1[--] 1[-b] 1[--ccc] 1[--ddd=x,y] 1[-]"},
+        {"-a --zzz -a", "a[]", "*** no such option `zzz'\n"},
+        {"-aza", "a[]", "*** no such option `z'\n"},
+        {"--zzz=1,2", "", "*** no such option `zzz'\n"},
+        {"--i", "", "*** no such option `i'\n"}, // a short-only id has no long form
         // The --name=list form: each comma-separated piece is a word of its own.
-        {"equals exactly one", "--bbb=x", true, "b[x]", "", {}},
-        {"equals empty value", "--bbb=", true, "b[]", "", {}},
-        {"equals empty pieces kept", "--ddd=,x,", true, "d[,x,]", "", {}},
-        {"equals on a flag", "--aaa=x", true, "a[] 1[x]", "", {}},
-        {"equals too few", "--ddd=x", false, "", "*** too few arguments for option `ddd'\n", {}},
-        {"equals then more words", "--ddd=1,2 3 -a", true, "d[1,2,3] a[]", "", {}},
-        {"equals on long-only", "--l1=v", true, "-98[v]", "", {}},
+        {"--bbb=x", "b[x]"},
+        {"--bbb=", "b[]"},
+        {"--ddd=,x,", "d[,x,]"},
+        {"--aaa=x", "a[] 1[x]"},
+        {"--ddd=x", "", "*** too few arguments for option `ddd'\n"},
+        {"--ddd=1,2 3 -a", "d[1,2,3] a[]"},
+        {"--l1=v", "-98[v]"},
         // A callback that uses fewer words than offered leaves the rest to the scan.
-        {"unused long values rescanned", "--ddd p q r", true, "d[p,q,r] 1[q] 1[r]", "", {{'d', 1}}},
-        {"attached word counts as used", "-jx y", true, "j[x] 1[y]", "", {}},
-        {"attached and collected", "-lx y z", true, "l[x,y,z] 1[z]", "", {{'l', 2}}},
+        {"--ddd p q r", "d[p,q,r] 1[q] 1[r]", "", {{'d', 1}}},
+        {"-jx y", "j[x] 1[y]"},
+        {"-lx y z", "l[x,y,z] 1[z]", "", {{'l', 2}}},
         // Results beyond the offered words, or negative other than -1, never leave argv.
-        {"result beyond the words", "-b x y", true, "b[x]", "", {{'b', 1000}}},
-        {"result below -1 counts as 0", "--bbb x", true, "b[x] 1[x]", "", {{'b', -7}}},
+        {"-b x y", "b[x]", "", {{'b', 1000}}},
+        {"--bbb x", "b[x] 1[x]", "", {{'b', -7}}},
         // Long-only options with exactly two, and two to four, words.
-        {"long-only exactly two", "--l0 --test2 a b c", true, "-99[] -97[a,b] 1[c]", "", {}},
-        {"long-only up to four", "--test2_4 a b c d e", true, "-96[a,b,c,d] 1[e]", "", {}},
+        {"--l0 --test2 a b c", "-99[] -97[a,b] 1[c]"},
+        {"--test2_4 a b c d e", "-96[a,b,c,d] 1[e]"},
     };
     for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.name);
-        parse_outcome const l_outcome = run_parse(split(l_row.words), l_row.results, l_long);
-        EXPECT_EQ(l_outcome.result, l_row.result);
-        EXPECT_EQ(l_outcome.calls, split(l_row.expected));
-        EXPECT_EQ(l_outcome.error, l_row.error);
+        SCOPED_TRACE(l_row.words);
+        recorder l_recorder;
+        l_recorder.m_results = l_row.results;
+        arg::optparser l_parser(&l_recorder);
+        add_test_options(l_parser, l_recorder,
+                         {{-99, "l0"}, {-98, "l1"}, {-97, "test2"}, {-96, "test2_4"}, {-95, "l2n"}});
+        EXPECT_EQ(parse_words(l_parser, l_row.words), outcome(l_row.error.empty(), l_row.error));
+        EXPECT_EQ(l_recorder.m_calls, split(l_row.expected));
     }
 }
 
@@ -264,63 +227,46 @@ TEST(optparser, registration_rules)
     l_parser.add_opt('b', "bbb", 1, 0);
     l_parser.add_opt('x', "first", 0, 0);
     l_parser.add_opt('x', "second", 1, 1);
-    command_line l_line({"-b", "1", "2", "--second", "v", "-x", "w"});
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(l_recorder.m_calls, (calls{"b[1]", "1[2]", "x[v]", "x[w]"}));
-
-    command_line l_old({"--first"});
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(l_parser.parse(l_old.argc(), l_old.argv()));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "*** no such option `first'\n");
-}
-
-TEST(optparser, a_name_holding_equals_matches_whole_first)
-{
-    recorder l_recorder;
-    arg::optparser l_parser(&l_recorder);
+    EXPECT_EQ(parse_words(l_parser, "-b 1 2 --second v -x w"), outcome(true, ""));
+    EXPECT_EQ(l_recorder.m_calls, split("b[1] 1[2] x[v] x[w]"));
+    EXPECT_EQ(parse_words(l_parser, "--first"), outcome(false, "*** no such option `first'\n"));
+    // A name holding '=' matches as a whole before the --name=list form is tried.
     l_parser.add_opt(-10, "x=y", 0, 0);
     l_parser.add_opt(-11, "x", 0, 2);
-    command_line l_line({"--x=y", "--x=z,w"});
-    EXPECT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
-    EXPECT_EQ(l_recorder.m_calls, (calls{"-10[]", "-11[z,w]"}));
+    EXPECT_EQ(parse_words(l_parser, "--x=y --x=z,w"), outcome(true, ""));
+    EXPECT_EQ(l_recorder.m_calls, split("b[1] 1[2] x[v] x[w] -10[] -11[z,w]"));
 }
 
 TEST(optparser, stop_records_the_stopping_id_and_ends_the_scan)
 {
     struct row {
-        char const *name;
-        std::vector<std::string> words;
-        int stopper;
-        int stopped_at;
-        calls expected;
+        char const *words;
+        int stopper, stopped_at;
+        char const *expected;
     } const l_rows[] = {
-        {"word", {"w", "-a", "x"}, 1, 1, {"1[w]"}},
-        {"flag in a cluster", {"-aia", "x"}, 'a', 'a', {"a[]"}},
-        {"long option", {"x", "--ccc", "1", "y"}, 'c', 'c', {"1[x]", "c[1]"}},
-        {"not after the end of options", {"--", "w", "v"}, 1, 0, {"1[--]", "1[w]", "1[v]"}},
+        {"w -a x", 1, 1, "1[w]"},
+        {"-aia x", 'a', 'a', "a[]"}, // a flag in a cluster
+        {"x --ccc 1 y", 'c', 'c', "1[x] c[1]"},
+        {"-- w v", 1, 0, "1[--] 1[w] 1[v]"}, // not after the end of options
     };
     for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.name);
+        SCOPED_TRACE(l_row.words);
         recorder l_recorder;
         l_recorder.m_results[l_row.stopper] = -1;
         arg::optparser l_parser(&l_recorder);
         add_test_options(l_parser, l_recorder, {});
-        command_line l_line(l_row.words);
-        EXPECT_TRUE(l_parser.parse(l_line.argc(), l_line.argv()));
+        EXPECT_EQ(parse_words(l_parser, l_row.words), outcome(true, ""));
         EXPECT_EQ(l_recorder.stopped_at(), l_row.stopped_at);
-        EXPECT_EQ(l_recorder.m_calls, l_row.expected);
+        EXPECT_EQ(l_recorder.m_calls, split(l_row.expected));
     }
 
     // parse does not reset it; copies of the functor carry it.
     recorder l_recorder;
     l_recorder.m_results[1] = -1;
     arg::optparser l_parser(&l_recorder);
-    command_line l_line({"w"});
-    l_parser.parse(l_line.argc(), l_line.argv());
+    parse_words(l_parser, "w");
     l_recorder.m_results.clear();
-    l_parser.parse(l_line.argc(), l_line.argv());
+    parse_words(l_parser, "w");
     EXPECT_EQ(l_recorder.stopped_at(), 1);
     recorder const l_copy(l_recorder);
     EXPECT_EQ(l_copy.stopped_at(), 1);
@@ -336,16 +282,12 @@ TEST(optparser, copies_own_their_table_and_share_the_functor)
     l_parser.add_opt('a', "aaa", 0, 0);
     arg::optparser l_copy(l_parser);
     l_copy.add_opt('z', "zzz", 0, 0);
-    command_line l_line({"-z", "-a"});
-    EXPECT_TRUE(l_copy.parse(l_line.argc(), l_line.argv()));
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(l_parser.parse(l_line.argc(), l_line.argv()));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "*** no such option `z'\n");
-    EXPECT_EQ(l_recorder.m_calls, (calls{"z[]", "a[]"}));
-
+    EXPECT_EQ(parse_words(l_copy, "-z -a"), outcome(true, ""));
+    EXPECT_EQ(parse_words(l_parser, "-z -a"), outcome(false, "*** no such option `z'\n"));
+    EXPECT_EQ(l_recorder.m_calls, split("z[] a[]"));
     arg::optparser l_assigned(nullptr);
     l_assigned = l_copy;
-    EXPECT_TRUE(l_assigned.parse(l_line.argc(), l_line.argv()));
+    EXPECT_EQ(parse_words(l_assigned, "-z -a"), outcome(true, ""));
     EXPECT_EQ(l_recorder.m_calls.size(), 4u);
 }
 

@@ -131,6 +131,12 @@ TEST(ds, severity_names)
     EXPECT_STREQ(cstr_with_severity(static_cast<severity>(-1)), "UNKNOWN");
 }
 
+void abort_to_stderr(char const *a_file, char const *a_text)
+{
+    ordwel_test::redirect_stdout_to_stderr();
+    ds::abort(a_file, 1, "%s", a_text);
+}
+
 TEST(ds_death, abort_prints_one_line_to_standard_output_and_exits_1)
 {
     EXPECT_EXIT(
@@ -139,19 +145,10 @@ TEST(ds_death, abort_prints_one_line_to_standard_output_and_exits_1)
             ds::abort("thread.cpp", 42, "bad %s %d", "state", 7);
         },
         testing::ExitedWithCode(1), "^Abort \\[thread.cpp:42\\] 'bad state 7'$");
-    EXPECT_EXIT(
-        {
-            ordwel_test::redirect_stdout_to_stderr();
-            ds::abort(nullptr, 1, "%s", "x");
-        },
-        testing::ExitedWithCode(1), "^Abort \\[n/a:1\\] 'x'$");
+    EXPECT_EXIT(abort_to_stderr(nullptr, "x"), testing::ExitedWithCode(1), "^Abort \\[n/a:1\\] 'x'$");
     std::string const l_long(2000, 'z');
-    EXPECT_EXIT(
-        {
-            ordwel_test::redirect_stdout_to_stderr();
-            ds::abort("f", 1, "%s", l_long.c_str());
-        },
-        testing::ExitedWithCode(1), testing::EndsWith("'" + std::string(1023, 'z') + "'"));
+    EXPECT_EXIT(abort_to_stderr("f", l_long.c_str()), testing::ExitedWithCode(1),
+                testing::EndsWith("'" + std::string(1023, 'z') + "'"));
 }
 
 TEST(ds_death, og_abort_prints_on_channel_0_and_exits_1_even_when_it_is_off)

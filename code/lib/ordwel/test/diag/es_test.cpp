@@ -39,43 +39,24 @@ template <class T> caught catch_as(std::function<void()> const &a_raise)
     return l_result;
 }
 
-TEST(es, simple_classes_carry_location_and_message_and_match_three_handlers)
+// The classes that add nothing but their type: each must be caught as itself, as es::base and as
+// std::exception, keep its location, and give "n/a" for a null message.
+template <class T> class es_simple : public testing::Test {
+};
+using es_simple_types = testing::Types<es::alloc, es::arg, es::call, es::inuse, es::null, es::oflow, es::range,
+                                       es::uflow, es::uninit, es::unsupp, es::uspec>;
+TYPED_TEST_SUITE(es_simple, es_simple_types);
+
+TYPED_TEST(es_simple, carries_location_and_message_and_matches_three_handlers)
 {
-    struct row {
-        char const *name;
-        std::function<void(char const *)> raise;
-        std::function<bool()> caught_as_own;
-    };
-    // Each class must be caught as itself, as es::base and as std::exception; a null message is "n/a".
-#define ORDWEL_ROW(a_class)                                                                                            \
-    row                                                                                                                \
-    {                                                                                                                  \
-#a_class, [](char const *a_msg) { a_class::raise("site.cpp", 7, a_msg); }, [] {          \
-            try {                                                                                  \
-                a_class::raise("site.cpp", 7, "x");                                                \
-            } catch (a_class const &) {                                                            \
-                return true;                                                                       \
-            } catch (...) {                                                                        \
-            }                                                                                      \
-            return false;                                                                          \
-        }                             \
-    }
-    row const l_rows[] = {ORDWEL_ROW(es::alloc),  ORDWEL_ROW(es::arg),    ORDWEL_ROW(es::call),  ORDWEL_ROW(es::inuse),
-                          ORDWEL_ROW(es::null),   ORDWEL_ROW(es::oflow),  ORDWEL_ROW(es::range), ORDWEL_ROW(es::uflow),
-                          ORDWEL_ROW(es::uninit), ORDWEL_ROW(es::unsupp), ORDWEL_ROW(es::uspec)};
-#undef ORDWEL_ROW
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.name);
-        EXPECT_TRUE(l_row.caught_as_own());
-        caught const l_null = catch_as<es::base>([&] { l_row.raise(nullptr); });
-        EXPECT_EQ(l_null.what, "n/a");
-        EXPECT_EQ(l_null.msg, "n/a");
-        EXPECT_EQ(l_null.std_what, "n/a");
-        EXPECT_EQ(l_null.file, "site.cpp");
-        EXPECT_EQ(l_null.line, 7u);
-        EXPECT_EQ(catch_as<std::exception>([&] { l_row.raise(""); }).std_what, "");
-        EXPECT_EQ(catch_as<es::base>([&] { l_row.raise("boom"); }).msg, "boom");
-    }
+    caught const l_null = catch_as<TypeParam>([] { TypeParam::raise("site.cpp", 7, nullptr); });
+    EXPECT_EQ(l_null.what, "n/a");
+    EXPECT_EQ(l_null.msg, "n/a");
+    EXPECT_EQ(l_null.std_what, "n/a");
+    EXPECT_EQ(l_null.file, "site.cpp");
+    EXPECT_EQ(l_null.line, 7u);
+    EXPECT_EQ(catch_as<std::exception>([] { TypeParam::raise("site.cpp", 7, ""); }).std_what, "");
+    EXPECT_EQ(catch_as<es::base>([] { TypeParam::raise("site.cpp", 7, "boom"); }).msg, "boom");
 }
 
 TEST(es, texts_are_owned_copies)

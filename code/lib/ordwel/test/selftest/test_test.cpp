@@ -19,20 +19,12 @@ namespace {
 
 using namespace ordwel;
 
-std::vector<std::string> names_of_units(test::suite const &a_suite)
+// The names of the units of a suite, or of the cases of a unit, in their order.
+template <class C> std::vector<std::string> names_of(C const &a_entries)
 {
     std::vector<std::string> l_names;
-    for (auto const &l_entry : a_suite) {
+    for (auto const &l_entry : a_entries) {
         l_names.push_back(l_entry.first);
-    }
-    return l_names;
-}
-
-std::vector<std::string> names_of_cases(test::unit const &a_unit)
-{
-    std::vector<std::string> l_names;
-    for (auto const &l_case : a_unit) {
-        l_names.push_back(l_case.first);
     }
     return l_names;
 }
@@ -57,9 +49,9 @@ TEST(test_registry, built_in_units_are_registered_at_load)
     EXPECT_EQ(&l_registry, &test::registry::instance());
     ASSERT_EQ(l_registry.size(), 2u);
     EXPECT_EQ(l_registry.begin()->first, "ordkin");
-    EXPECT_EQ(names_of_units(*l_registry.find("ordkin")->second), (std::vector<std::string>{"parseopt"}));
+    EXPECT_EQ(names_of(*l_registry.find("ordkin")->second), (std::vector<std::string>{"parseopt"}));
     // By name, not in order of registration.
-    EXPECT_EQ(names_of_units(*l_registry.find("ordwel")->second),
+    EXPECT_EQ(names_of(*l_registry.find("ordwel")->second),
               (std::vector<std::string>{"object", "object_refcount", "timecode", "types"}));
 
     struct row {
@@ -74,21 +66,21 @@ TEST(test_registry, built_in_units_are_registered_at_load)
         SCOPED_TRACE(l_row.unit);
         EXPECT_EQ(unit_named(l_row.suite, l_row.unit).size(), l_row.size);
     }
-    EXPECT_EQ(names_of_cases(unit_named("ordwel", "object_refcount")),
+    EXPECT_EQ(names_of(unit_named("ordwel", "object_refcount")),
               (std::vector<std::string>{"default creation", "trivial copy creation", "copy creation",
                                         "new, retain and release"}));
-    std::vector<std::string> const l_parseopt = names_of_cases(unit_named("ordkin", "parseopt"));
+    std::vector<std::string> const l_parseopt = names_of(unit_named("ordkin", "parseopt"));
     EXPECT_EQ(l_parseopt,
               (std::vector<std::string>{"create",   "add_opts", "add_desc", "parse1",  "parse3",  "parse4",  "parse5",
                                         "parse5_2", "parse6",   "parse8",   "parse9",  "parse10", "parse11", "parse12",
                                         "parse13",  "parse14",  "parse15",  "parse16", "parse17", "parse18", "parse19",
                                         "parse20",  "parse21",  "parse30",  "parse31"}));
-    EXPECT_EQ(names_of_cases(unit_named("ordwel", "timecode")),
+    EXPECT_EQ(names_of(unit_named("ordwel", "timecode")),
               (std::vector<std::string>{"creation", "initialization", "comparison", "copy creation", "base resolution",
                                         "get/set", "operators", "conversion", "jump detection", "total with dropframe",
                                         "invalid"}));
-    EXPECT_EQ(names_of_cases(unit_named("ordwel", "types")).front(), "type size sint8");
-    EXPECT_EQ(names_of_cases(unit_named("ordwel", "types")).back(), "type size float64");
+    EXPECT_EQ(names_of(unit_named("ordwel", "types")).front(), "type size sint8");
+    EXPECT_EQ(names_of(unit_named("ordwel", "types")).back(), "type size float64");
 }
 
 TEST(test_registry, find_misses_on_every_level)

@@ -103,6 +103,7 @@ TEST(string_helpers, split_and_trim)
     EXPECT_EQ(trimmed("-a-", '-'), "a");
 }
 
+// Unknown alignments act as centre.
 TEST(string_helpers, space_align_table)
 {
     struct row {
@@ -110,25 +111,22 @@ TEST(string_helpers, space_align_table)
         unsigned int width;
         int align;
         char const *expected;
-    } const l_rows[] = {
-        {"abc", 6, space_align_center, "  abc "},
-        {"abcdef", 3, space_align_left, "abcdef"},
-        {"abc", 6, space_align_left, "abc   "},
-        {"abc", 6, space_align_right, "   abc"},
-        {"abc", 3, space_align_center, "abc"},
-        {"ab", 6, space_align_center, "  ab  "},
-        {"", 3, space_align_center,
-         "  "
-         " "},
-        {"abc", 6, 7, "  abc "}, // unknown values act as centre
-        {"abc", 6, -1, "  abc "},
-    };
+    } const l_rows[] = {{"abc", 6, space_align_center, "  abc "},
+                        {"abcdef", 3, space_align_left, "abcdef"},
+                        {"abc", 6, space_align_left, "abc   "},
+                        {"abc", 6, space_align_right, "   abc"},
+                        {"abc", 3, space_align_center, "abc"},
+                        {"ab", 6, space_align_center, "  ab  "},
+                        {"", 3, space_align_center, "   "},
+                        {"abc", 6, 7, "  abc "},
+                        {"abc", 6, -1, "  abc "}};
     for (row const &l_row : l_rows) {
         EXPECT_EQ(string_space_align(l_row.text, l_row.width, static_cast<e_space_align>(l_row.align)), l_row.expected)
             << l_row.text << " " << l_row.width << " " << l_row.align;
     }
 }
 
+// An unknown place to cut acts as the middle.
 TEST(string_helpers, truncate_table)
 {
     std::string const l_text = "abcdefghijklmnopqrst";
@@ -136,24 +134,22 @@ TEST(string_helpers, truncate_table)
         unsigned int width;
         int whence;
         char const *expected;
-    } const l_rows[] = {
-        {13, truncate_back, "abcdefghij..."},
-        {12, truncate_front, "..klmnopqrst"},
-        {5, truncate_middle, "ab.st"},
-        {1, truncate_front, "t"},
-        {1, truncate_middle, "a"},
-        {1, truncate_back, "a"},
-        {0, truncate_back, ""},
-        {20, truncate_back, "abcdefghijklmnopqrst"},
-        {2, truncate_front, ".t"},
-        {2, truncate_back, "a."},
-        {2, truncate_middle, "a."},
-        {6, truncate_middle, "ab..st"},
-        {12, truncate_middle, "abcde..pqrst"},
-        {13, truncate_middle, "abcde...pqrst"},
-        {19, truncate_front, "...efghijklmnopqrst"},
-        {5, 9, "ab.st"},
-    };
+    } const l_rows[] = {{13, truncate_back, "abcdefghij..."},
+                        {12, truncate_front, "..klmnopqrst"},
+                        {5, truncate_middle, "ab.st"},
+                        {1, truncate_front, "t"},
+                        {1, truncate_middle, "a"},
+                        {1, truncate_back, "a"},
+                        {0, truncate_back, ""},
+                        {20, truncate_back, "abcdefghijklmnopqrst"},
+                        {2, truncate_front, ".t"},
+                        {2, truncate_back, "a."},
+                        {2, truncate_middle, "a."},
+                        {6, truncate_middle, "ab..st"},
+                        {12, truncate_middle, "abcde..pqrst"},
+                        {13, truncate_middle, "abcde...pqrst"},
+                        {19, truncate_front, "...efghijklmnopqrst"},
+                        {5, 9, "ab.st"}};
     for (row const &l_row : l_rows) {
         std::string const l_result = string_truncate(l_text, l_row.width, static_cast<e_truncate_whence>(l_row.whence));
         EXPECT_EQ(l_result, l_row.expected) << l_row.width << " " << l_row.whence;
