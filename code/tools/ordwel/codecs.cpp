@@ -77,7 +77,7 @@ int run_coding(coding const &a_coding, command_input const &a_input, char const 
     if (!l_input.open(l_path)) {
         return k_exit_failed;
     }
-    set_binary_stdout();
+    binary_stdout const l_binary;
     std::size_t const l_chunk = a_coding.m_group * 65536;
     std::vector<unsigned char> l_bytes(2 * l_chunk);
     std::size_t l_held = 0;

@@ -165,9 +165,22 @@ int input_stream::byte_at(uint64 a_position) const
     return static_cast<unsigned char>(m_history[m_history.size() - static_cast<std::size_t>(l_end - a_position)]);
 }
 
-void set_binary_stdout()
+binary_stdout::binary_stdout() : m_mode(0)
 {
-    set_binary(stdout);
+#if defined(_WIN32)
+    std::fflush(stdout);
+    m_mode = _setmode(_fileno(stdout), _O_BINARY);
+#endif
+}
+
+binary_stdout::~binary_stdout()
+{
+#if defined(_WIN32)
+    std::fflush(stdout);
+    if (m_mode != -1) {
+        _setmode(_fileno(stdout), m_mode);
+    }
+#endif
 }
 
 bool write_out(void const *a_bytes, std::size_t a_size)

@@ -63,8 +63,17 @@ private:
     std::size_t m_limit;
 };
 
-// Standard output in binary (Windows would turn "\n" into "\r\n" otherwise).
-void set_binary_stdout();
+// While it lives, standard output is binary (Windows would turn "\n" into "\r\n" otherwise).
+class binary_stdout {
+public:
+    binary_stdout();
+    binary_stdout(binary_stdout const &) = delete;
+    binary_stdout &operator=(binary_stdout const &) = delete;
+    ~binary_stdout();
+
+private:
+    int m_mode;
+};
 // Writes a_size bytes to standard output; false after "*** cannot write the output: <reason>".
 bool write_out(void const *a_bytes, std::size_t a_size);
 // Flushes standard output; false after the same error line.
