@@ -72,7 +72,7 @@ public:
     ~binary_stdout();
 
 private:
-    int m_mode;
+    [[maybe_unused]] int m_mode;
 };
 // Writes a_size bytes to standard output; false after "*** cannot write the output: <reason>".
 bool write_out(void const *a_bytes, std::size_t a_size);
