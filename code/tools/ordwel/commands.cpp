@@ -1,16 +1,11 @@
 #include "toolbox.h"
 
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
-
-#include <ordwel/es.h>
 #include <ordwel/path.h>
-#include <ordwel/string_helpers.h>
-#include <ordwel/timecode.h>
+#include <ordwel/url.h>
 #include <ordwel/url_parts.h>
 
 #include "options.h"
+#include "tool_io.h"
 
 namespace ordwel_toolbox {
 
@@ -18,25 +13,23 @@ namespace {
 
 using namespace ordwel;
 
-void print_part(char const *a_name, std::string const &a_value)
-{
-    std::printf("%-12s%s\n", a_name, a_value.c_str());
-}
+using fields = std::vector<std::pair<char const *, std::string>>;
 
-// A whole decimal number, optionally signed; false for anything else or a number out of range.
-bool number_with_text(std::string const &a_text, long long &a_number)
+// Named values, one a line, or as one JSON object.
+void print_fields(fields const &a_fields, bool a_json)
 {
-    if (a_text.empty()) {
-        return false;
+    if (a_json) {
+        std::string l_text = "{";
+        for (auto const &l_field : a_fields) {
+            l_text += std::string(l_text.size() > 1 ? ", " : "") + json_string(l_field.first) + ": " +
+                      json_string(l_field.second);
+        }
+        std::printf("%s}\n", l_text.c_str());
+        return;
     }
-    char *l_end = nullptr;
-    errno = 0;
-    long long const l_number = std::strtoll(a_text.c_str(), &l_end, 10);
-    if (errno != 0 || l_end == nullptr || *l_end != '\0') {
-        return false;
+    for (auto const &l_field : a_fields) {
+        std::printf("%-12s%s\n", l_field.first, l_field.second.c_str());
     }
-    a_number = l_number;
-    return true;
 }
 
 // The part that a --scheme ... --fragment option edits, or nullptr for any other option.
@@ -44,6 +37,24 @@ url_part const *url_part_of_option(int a_id)
 {
     int const l_index = k_opt_url_part - a_id;
     return l_index >= 0 && l_index < static_cast<int>(k_url_part_count) ? &k_url_parts[l_index] : nullptr;
+}
+
+// The part and value of a --set word "part=value"; nullptr after a usage error line.
+url_part const *url_part_of_setting(std::string const &a_setting, std::string &a_value)
+{
+    std::string::size_type const l_equals = a_setting.find('=');
+    url_part const *const l_part =
+        l_equals == std::string::npos ? nullptr : find_url_part(std::string_view(a_setting).substr(0, l_equals));
+    if (l_part == nullptr) {
+        std::string l_names;
+        for (url_part const &l_known : k_url_parts) {
+            l_names += std::string(l_names.empty() ? "" : ", ") + l_known.m_name;
+        }
+        usage_error("--set takes part=value, the part one of " + l_names + ", not `" + a_setting + "'");
+        return nullptr;
+    }
+    a_value = a_setting.substr(l_equals + 1);
+    return l_part;
 }
 
 } // namespace
@@ -56,21 +67,36 @@ int run_url(command_input const &a_input)
     std::string l_url = a_input.m_words.front();
     bool const l_decode = a_input.has(k_opt_decode);
     bool const l_encode = a_input.has(k_opt_encode);
+    bool const l_show_password = a_input.has(k_opt_show_password);
     bool l_edited = false;
     for (auto const &l_option : a_input.m_options) {
-        url_part const *const l_part = url_part_of_option(l_option.first);
+        std::string l_value = l_option.second;
+        url_part const *l_part = url_part_of_option(l_option.first);
+        if (l_option.first == k_opt_set && (l_part = url_part_of_setting(l_option.second, l_value)) == nullptr) {
+            return k_exit_usage;
+        }
         if (l_part != nullptr) {
-            l_part->m_set(l_url, l_option.second, l_encode);
+            l_part->m_set(l_url, l_value, l_encode);
             l_edited = true;
         }
     }
+    std::string const l_shown = l_show_password ? l_url : url_protected_output(l_url);
     if (l_edited) {
-        std::printf("%s\n", l_url.c_str());
+        if (a_input.has(k_opt_json)) {
+            print_fields({{"url", l_shown}}, true);
+        } else {
+            std::printf("%s\n", l_shown.c_str());
+        }
         return k_exit_ok;
     }
+    bool const l_masked = !l_show_password && !url_password(l_url, false).empty();
+    fields l_fields;
     for (url_part const &l_part : k_url_parts) {
-        print_part(l_part.m_name, l_part.m_get(l_url, l_decode));
+        // The mask shown as typed, not in the encoded form that the protected URL holds.
+        bool const l_mask = l_masked && &l_part == find_url_part("password");
+        l_fields.emplace_back(l_part.m_name, l_mask ? std::string("********") : l_part.m_get(l_shown, l_decode));
     }
+    print_fields(l_fields, a_input.has(k_opt_json));
     return k_exit_ok;
 }
 
@@ -80,66 +106,19 @@ int run_path(command_input const &a_input)
         return usage_error("path takes one path");
     }
     char l_separator = '/';
-    for (auto const &l_option : a_input.m_options) {
-        if (l_option.first == k_opt_separator) {
-            if (l_option.second.size() != 1) {
-                return usage_error("the separator is one character");
-            }
-            l_separator = l_option.second[0];
+    if (std::string const *const l_text = a_input.last(k_opt_separator)) {
+        if (l_text->size() != 1) {
+            return usage_error("the separator is one character");
         }
+        l_separator = (*l_text)[0];
     }
     std::string const &l_path = a_input.m_words.front();
-    print_part("normalized", path_normalized(l_path, l_separator));
-    print_part("directory", path_directory(l_path, l_separator, 0));
-    print_part("file", path_file(l_path, l_separator));
-    print_part("name", path_name(l_path, l_separator));
-    print_part("suffix", path_suffix(l_path, l_separator));
-    return k_exit_ok;
-}
-
-int run_timecode(command_input const &a_input)
-{
-    if (a_input.m_words.size() != 1) {
-        return usage_error("timecode takes one timecode");
-    }
-    std::string const &l_text = a_input.m_words.front();
-    timecode l_timecode;
-    try {
-        l_timecode = timecode(l_text);
-    } catch (es::arg const &l_error) {
-        std::fprintf(stderr, "*** %s\n", l_error.what());
-        return k_exit_failed;
-    }
-    if (!l_timecode.is_valid()) {
-        std::fprintf(stderr, "*** timecode `%s' has no frame mode (hh:mm:ss:ff@mode)\n", l_text.c_str());
-        return k_exit_failed;
-    }
-    for (auto const &l_option : a_input.m_options) {
-        if (l_option.first == k_opt_mode) {
-            timecode::mode_type const l_mode = timecode::mode_from_string(l_option.second);
-            if (l_mode == timecode::mode_invalid) {
-                std::fprintf(stderr, "*** no such frame mode `%s'\n", l_option.second.c_str());
-                return k_exit_usage;
-            }
-            l_timecode = timecode_with_timestamp(l_mode, l_timecode.as_timestamp(), l_timecode.factor());
-        } else if (l_option.first == k_opt_add) {
-            long long l_frames = 0;
-            if (!number_with_text(l_option.second, l_frames) || l_frames > UINT_MAX ||
-                l_frames < -(long long)UINT_MAX) {
-                std::fprintf(stderr, "*** not a number of frames `%s'\n", l_option.second.c_str());
-                return k_exit_usage;
-            }
-            if (l_frames >= 0) {
-                l_timecode += static_cast<unsigned int>(l_frames);
-            } else {
-                l_timecode -= static_cast<unsigned int>(-l_frames);
-            }
-        }
-    }
-    std::printf("%s@%s\n", string_with_timecode(l_timecode, true).c_str(), timecode::mode_c_str(l_timecode.mode()));
-    if (a_input.has(k_opt_total)) {
-        std::printf("%u\n", l_timecode.total_frames());
-    }
+    print_fields({{"normalized", path_normalized(l_path, l_separator)},
+                  {"directory", path_directory(l_path, l_separator, 0)},
+                  {"file", path_file(l_path, l_separator)},
+                  {"name", path_name(l_path, l_separator)},
+                  {"suffix", path_suffix(l_path, l_separator)}},
+                 a_input.has(k_opt_json));
     return k_exit_ok;
 }
 

@@ -6,75 +6,159 @@
 
 namespace ordwel_toolbox {
 
-void write_help(ordwel::arg::optparser &a_parser)
+namespace {
+
+using ordwel::arg::opt_functor;
+using ordwel::arg::optparser;
+
+// The help needs a parser for its option labels, never its callbacks.
+struct no_callbacks : public opt_functor {
+    int operator()(int, std::vector<char const *>) override { return 0; }
+};
+
+void set_form(optparser &a_parser, bool a_html)
 {
-    a_parser.add_desc_indent1("NAME");
-    a_parser.add_desc_indent2(nullptr);
-    a_parser.add_desc("ordwel - the toolbox of the ordwel library");
-    a_parser.add_desc_paragraph();
+    if (a_html) {
+        a_parser.set_html_output();
+    } else {
+        a_parser.set_max_text_line_width();
+    }
+}
 
-    a_parser.add_desc_indent1("SYNOPSIS");
-    a_parser.add_desc_indent2(nullptr);
-    a_parser.add_desc("!S!ordwel!SE! [!SA!options!SAE!] !SA!command!SAE! [!SA!arguments!SAE!]");
-    a_parser.add_desc_paragraph();
+void write_options(optparser &a_parser, std::vector<option_info> const &a_options)
+{
+    for (option_info const &l_option : a_options) {
+        a_parser.add_opt(l_option.m_id, l_option.m_name, l_option.m_min, l_option.m_max);
+    }
+    for (option_info const &l_option : a_options) {
+        a_parser.add_desc(l_option.m_id, l_option.m_help);
+    }
+}
 
-    a_parser.add_desc_indent1("DESCRIPTION");
-    a_parser.add_desc_indent2(nullptr);
-    a_parser.add_desc("Runs the library's own self-test and puts some of its families to work on the command "
-                      "line. Options of a command follow its name; a word of the form !Q!--name=a,b!QE! gives the "
-                      "option --name the words a and b.");
-    a_parser.add_desc_paragraph();
-
-    a_parser.add_desc_indent1("OPTIONS");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_opt_help, "show this help and end");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_opt_html, "write the help as HTML (with !S!--help!SE!)");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_opt_version, "print the library's version and end");
-    a_parser.add_desc_paragraph();
-
-    a_parser.add_desc_indent1("COMMANDS");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc_indent2("selftest [-v] [-l] [suite[/unit[/case]]]");
-    a_parser.add_desc_indent3(nullptr);
-    a_parser.add_desc("Runs the test cases that the library registered at load: all of them, or those of one "
-                      "suite, one unit or one case. Each failure is reported with the place of the failed check "
-                      "and its message; the last line counts the cases that passed and failed. The exit status "
-                      "is 1 when a case failed. -v reports every case, -l lists the cases "
-                      "instead of running them.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc_indent2("hexdump file");
-    a_parser.add_desc_indent3(nullptr);
-    a_parser.add_desc("Dumps a file in lines of 16 bytes: the offset, the bytes in hex and the bytes as "
-                      "characters. The last line holds the file's size.");
-    a_parser.add_desc_paragraph();
-
-    a_parser.add_desc_indent2("url [-d] [-e] [--part value ...] url");
-    a_parser.add_desc_indent3(nullptr);
-    a_parser.add_desc("Prints every part of a URL, one a line: scheme, authority, domain, user, password, host, "
-                      "service, path, params, query and fragment; -d decodes them. With options named after "
-                      "the parts (--host value, --path value ...) it sets those "
-                      "parts in turn instead and prints the new URL; an empty value removes a part, and "
-                      "-e encodes the values.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc_indent2("path [-s separator] path");
-    a_parser.add_desc_indent3(nullptr);
-    a_parser.add_desc("Prints a path normalized, then its directory, file, name and suffix. The separator is "
-                      "!Q!/!QE! unless -s gives another.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc_indent2("timecode [-m mode] [-a frames] [-t] hh:mm:ss:ff@mode");
-    a_parser.add_desc_indent3(nullptr);
-    a_parser.add_desc("Reads a timecode at one of the modes 24, 25, 30, 50, 60, 23.976, 29.97 and 59.54 (which "
-                      "is 59.94), and prints it after the options in turn: -m converts it to another mode, "
-                      "-a steps it by a number of frames (negative to go back), drop-frame labels skipped. "
-                      "-t also prints the count of frames up to it.");
-    a_parser.add_desc_paragraph();
-
+void write_exit_status(optparser &a_parser)
+{
     a_parser.add_desc_indent1("EXIT STATUS");
     a_parser.add_desc_indent2(nullptr);
-    a_parser.add_desc("0 on success, 1 when a test or an operation failed, 2 for a command line that makes no "
-                      "sense.");
+    a_parser.add_desc("The same for every command: 0 when the work is done; 1 when it failed (a file that cannot be "
+                      "opened or read, data that cannot be decoded, a result out of range, a failed self-test); 2 "
+                      "for a command line that makes no sense (an unknown command or option, a missing word, a "
+                      "value that is malformed or out of range).");
+    a_parser.add_desc_paragraph();
+}
+
+void write_program_help(bool a_html)
+{
+    no_callbacks l_functor;
+    optparser l_parser(&l_functor);
+    set_form(l_parser, a_html);
+    l_parser.add_desc_indent1("NAME");
+    l_parser.add_desc_indent2(nullptr);
+    l_parser.add_desc("ordwel - the toolbox of the ordwel library");
+    l_parser.add_desc_paragraph();
+
+    l_parser.add_desc_indent1("SYNOPSIS");
+    l_parser.add_desc_indent2(nullptr);
+    l_parser.add_desc("!S!ordwel!SE! [!SA!options!SAE!] !SA!command!SAE! [!SA!arguments!SAE!]");
+    l_parser.add_desc_paragraph();
+
+    l_parser.add_desc_indent1("DESCRIPTION");
+    l_parser.add_desc_indent2(nullptr);
+    l_parser.add_desc("Runs the library's own self-test and puts some of its families to work on the command "
+                      "line. Options of a command follow its name; a word of the form !Q!--name=a,b!QE! gives the "
+                      "option --name the words a and b. Each command's own --help shows its options.");
+    l_parser.add_desc_paragraph();
+
+    l_parser.add_desc_indent1("OPTIONS");
+    l_parser.add_desc_paragraph();
+    write_options(l_parser, {{k_opt_help, "help", 0, 0, "show this help and end"},
+                             {k_opt_html, "html", 0, 0, "write the help as HTML (with !S!--help!SE!)"},
+                             {k_opt_version, "version", 0, 0, "print the library's version and end"}});
+    l_parser.add_desc_paragraph();
+
+    l_parser.add_desc_indent1("COMMANDS");
+    l_parser.add_desc_paragraph();
+    for (command_info const &l_command : commands()) {
+        l_parser.add_desc_indent2(l_command.m_synopsis);
+        l_parser.add_desc_indent3(nullptr);
+        l_parser.add_desc(l_command.m_text);
+        l_parser.add_desc_paragraph();
+        // Each command's options in a parser of their own: one letter may mean different options.
+        no_callbacks l_command_functor;
+        optparser l_command_parser(&l_command_functor);
+        set_form(l_command_parser, a_html);
+        write_options(l_command_parser, l_command.m_options);
+        l_command_parser.add_desc_paragraph();
+    }
+    write_exit_status(l_parser);
+}
+
+void write_command_help(command_info const &a_command, bool a_html)
+{
+    no_callbacks l_functor;
+    optparser l_parser(&l_functor);
+    set_form(l_parser, a_html);
+    l_parser.add_desc_indent1("NAME");
+    l_parser.add_desc_indent2(nullptr);
+    l_parser.add_desc((std::string("ordwel ") + a_command.m_name + " - " + a_command.m_summary).c_str());
+    l_parser.add_desc_paragraph();
+    l_parser.add_desc_indent1("SYNOPSIS");
+    l_parser.add_desc_indent2(nullptr);
+    l_parser.add_desc((std::string("ordwel ") + a_command.m_synopsis).c_str());
+    l_parser.add_desc_paragraph();
+    l_parser.add_desc_indent1("DESCRIPTION");
+    l_parser.add_desc_indent2(nullptr);
+    l_parser.add_desc(a_command.m_text);
+    l_parser.add_desc_paragraph();
+    l_parser.add_desc_indent1("OPTIONS");
+    l_parser.add_desc_paragraph();
+    write_options(l_parser, a_command.m_options);
+    l_parser.add_desc_paragraph();
+    write_exit_status(l_parser);
+}
+
+} // namespace
+
+void write_help(command_info const *a_command, bool a_html)
+{
+    if (a_command == nullptr) {
+        write_program_help(a_html);
+    } else {
+        write_command_help(*a_command, a_html);
+    }
+}
+
+void write_bash_completion()
+{
+    std::string l_names;
+    std::string l_cases;
+    for (command_info const &l_command : commands()) {
+        l_names += std::string(l_names.empty() ? "" : " ") + l_command.m_name;
+        std::string l_options;
+        for (option_info const &l_option : l_command.m_options) {
+            l_options += std::string(l_options.empty() ? "" : " ") + "--" + l_option.m_name;
+        }
+        l_cases += std::string("        ") + l_command.m_name + ") l_words=\"" + l_options + "\" ;;\n";
+    }
+    std::printf("# bash completion for ordwel\n"
+                "_ordwel()\n"
+                "{\n"
+                "    local l_current=${COMP_WORDS[COMP_CWORD]} l_command= l_index l_words\n"
+                "    for ((l_index = 1; l_index < COMP_CWORD; ++l_index)); do\n"
+                "        case ${COMP_WORDS[l_index]} in -*) ;; *) l_command=${COMP_WORDS[l_index]}; break ;; esac\n"
+                "    done\n"
+                "    case $l_command in\n"
+                "        '') l_words=\"--help --html --version %s\" ;;\n"
+                "%s"
+                "        *) l_words= ;;\n"
+                "    esac\n"
+                "    if [[ -n $l_command && $l_current != -* ]]; then\n"
+                "        COMPREPLY=($(compgen -f -- \"$l_current\"))\n"
+                "    else\n"
+                "        COMPREPLY=($(compgen -W \"$l_words\" -- \"$l_current\"))\n"
+                "    fi\n"
+                "}\n"
+                "complete -o filenames -F _ordwel ordwel\n",
+                l_names.c_str(), l_cases.c_str());
 }
 
 } // namespace ordwel_toolbox

@@ -12,29 +12,23 @@
 // output (errors as "*** " lines on the standard error stream) and gives the program's exit status.
 namespace ordwel_toolbox {
 
-// Exit statuses: success, a failed self-test or operation, a command line that makes no sense.
+// Exit statuses, one rule for every command: done; the operation failed (a file that cannot be
+// read, data that cannot be decoded, a result out of range, a failed self-test); a command line
+// that makes no sense (an unknown option or command, a malformed or out-of-range value).
 constexpr int k_exit_ok = 0;
 constexpr int k_exit_failed = 1;
 constexpr int k_exit_usage = 2;
 
 // Writes "*** <a_text> (ordwel --help tells more)" to the standard error stream; gives k_exit_usage.
-int usage_error(char const *a_text);
+int usage_error(std::string const &a_text);
+// Writes "*** <a_text>" to the standard error stream; gives k_exit_usage, for a value on the command
+// line that is malformed or out of range.
+int bad_value(std::string const &a_text);
+// Writes "*** <a_text>" to the standard error stream; gives k_exit_failed.
+int failure(std::string const &a_text);
 
 // The whole program: options, then a command and its own words.
 int run_tool(unsigned int a_argc, char **a_argv);
-
-// Writes the help screen through a_parser, in whatever form the parser is set to.
-void write_help(ordwel::arg::optparser &a_parser);
-
-// Runs the registered self-test cases that a_selector ("", "suite", "suite/unit" or
-// "suite/unit/case") names. Reports each failure with its place and message, and ends with the
-// line "N passed, M failed". With a_verbose every case is reported.
-int run_selftest(std::string const &a_selector, bool a_verbose);
-// Lists the suites, units and cases that a_selector names, one per line.
-int list_selftest(std::string const &a_selector);
-
-// The hex dump of a file, 16 bytes a line.
-int run_hexdump(std::string const &a_path);
 
 // A command's line after parsing: its options in command-line order, each with its one value (empty
 // for a flag), and its other words.
@@ -43,14 +37,45 @@ struct command_input {
     std::vector<std::string> m_words;
 
     bool has(int a_id) const;
+    // The value of the last a_id option, or nullptr without one.
+    std::string const *last(int a_id) const;
 };
 
-// Every part of a URL, or the URL with parts set by the options in order.
+// One option of a command, as registered with the parser and described in the help.
+struct option_info {
+    int m_id;
+    char const *m_name;
+    unsigned int m_min;
+    unsigned int m_max;
+    char const *m_help;
+};
+
+// A command: its name, its synopsis and description for the help, its options and its work.
+struct command_info {
+    char const *m_name;
+    char const *m_synopsis;
+    char const *m_summary;
+    char const *m_text;
+    std::vector<option_info> m_options;
+    int (*m_run)(command_input const &);
+};
+
+// Every command, in the order of the help.
+std::vector<command_info> const &commands();
+
+// The help screen of the program (a_command nullptr) or of one command, as text or HTML.
+void write_help(command_info const *a_command, bool a_html);
+// The bash completion script for every command and its options.
+void write_bash_completion();
+
+int run_selftest(command_input const &a_input);
+int run_hexdump(command_input const &a_input);
 int run_url(command_input const &a_input);
-// A path normalized and taken apart.
 int run_path(command_input const &a_input);
-// A timecode ("hh:mm:ss:ff@mode") converted, stepped and counted by the options in order.
 int run_timecode(command_input const &a_input);
+int run_base64(command_input const &a_input);
+int run_hex(command_input const &a_input);
+int run_startcodes(command_input const &a_input);
 
 } // namespace ordwel_toolbox
 
