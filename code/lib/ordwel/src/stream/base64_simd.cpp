@@ -10,6 +10,11 @@
 
 #if defined(__GNUC__) && (defined(__x86_64__) || defined(_M_X64))
 #define ORDWEL_STREAM_BASE64_X86 1
+// GCC 12 takes the deliberately undefined source of the AVX-512 intrinsics (_mm512_undefined_*)
+// for an uninitialised variable once they are inlined; the warning points into its own headers.
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
 #endif
 
