@@ -1,10 +1,16 @@
-// Base64 and hex over 64 KiB of random bytes, in bytes of input per second. ordwel gives a new
-// buffer or string per call (its interface returns values); the peers write into a block the
-// benchmark keeps: OpenSSL's EVP_EncodeBlock / EVP_DecodeBlock and libavutil's av_base64_encode /
-// av_base64_decode for Base64, Boost.Algorithm's hex_lower / unhex and OpenSSL's
-// OPENSSL_buf2hexstr_ex / OPENSSL_hexstr2buf_ex for hex.
+// Base64 and hex over random bytes of 64 B, 4 KiB, 64 KiB and 16 MiB (the argument), in plain bytes
+// per second: bytes in for the encoders, bytes out for the decoders, so that each compares with
+// memcpy of the argument's size measured in the same run. ordwel gives a new buffer per call (its
+// interface returns values); the peers write into a block the benchmark keeps: OpenSSL's
+// EVP_EncodeBlock / EVP_DecodeBlock and libavutil's av_base64_encode / av_base64_decode for
+// Base64, Boost.Algorithm's hex_lower / unhex and OpenSSL's OPENSSL_buf2hexstr_ex /
+// OPENSSL_hexstr2buf_ex for hex. Linked with the private library, the program also runs the
+// kernels themselves into a kept block: those of the processor's level ("_kernel") beside the
+// scalar ones ("_scalar").
 
 #include <cstddef>
+#include <cstring>
+#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -13,6 +19,9 @@
 
 #include <ordwel/codecs.h>
 
+#if defined(ORDWEL_BENCH_PRIVATE)
+#include "stream/codec_kernels.h"
+#endif
 #if defined(ORDWEL_HAVE_OPENSSL)
 #include <openssl/crypto.h>
 #include <openssl/evp.h>
@@ -28,201 +37,237 @@ extern "C" {
 
 namespace {
 
-constexpr std::size_t k_size = 64 * 1024;
+// The plain bytes, and their codings, of each size.
+struct sample {
+    std::string m_plain;
+    std::string m_base64;
+    std::string m_hex;
+};
 
-std::string const &plain()
+sample const &sample_of(std::size_t a_size)
 {
-    static std::string const k_plain = [] {
+    static std::map<std::size_t, sample> s_samples;
+    sample &l_sample = s_samples[a_size];
+    if (l_sample.m_plain.size() != a_size) {
         std::mt19937 l_random(4648u);
-        std::string l_bytes(k_size, '\0');
-        for (char &l_byte : l_bytes) {
+        l_sample.m_plain.resize(a_size);
+        for (char &l_byte : l_sample.m_plain) {
             l_byte = static_cast<char>(l_random() & 0xff);
         }
-        return l_bytes;
-    }();
-    return k_plain;
-}
-
-unsigned char const *plain_bytes()
-{
-    return reinterpret_cast<unsigned char const *>(plain().data());
-}
-
-std::string const &base64_text()
-{
-    static std::string const k_text = ordwel::string_encode_base64(plain_bytes(), k_size);
-    return k_text;
-}
-
-std::string const &hex_text()
-{
-    static std::string const k_text = ordwel::string_encode_hex(plain());
-    return k_text;
-}
-
-void set_bytes(benchmark::State &a_state)
-{
-    a_state.SetBytesProcessed(static_cast<int64_t>(a_state.iterations()) * static_cast<int64_t>(k_size));
-}
-
-void ordwel_base64_encode_string(benchmark::State &a_state)
-{
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(ordwel::string_encode_base64(plain_bytes(), k_size));
+        auto const *const l_bytes = reinterpret_cast<unsigned char const *>(l_sample.m_plain.data());
+        l_sample.m_base64 = ordwel::string_encode_base64(l_bytes, a_size);
+        l_sample.m_hex = ordwel::string_encode_hex(l_sample.m_plain);
     }
-    set_bytes(a_state);
+    return l_sample;
 }
-BENCHMARK(ordwel_base64_encode_string);
+
+unsigned char const *bytes_of(std::string const &a_text)
+{
+    return reinterpret_cast<unsigned char const *>(a_text.data());
+}
+
+// Runs a_step (given the sample and a block of room) once per iteration and counts the plain bytes.
+template <typename t_step> void measure(benchmark::State &a_state, t_step a_step)
+{
+    auto const l_size = static_cast<std::size_t>(a_state.range(0));
+    sample const &l_sample = sample_of(l_size);
+    std::vector<unsigned char> l_room(2 * l_size + 64);
+    for (auto _ : a_state) {
+        a_step(l_sample, l_room.data());
+        benchmark::ClobberMemory();
+    }
+    a_state.SetBytesProcessed(static_cast<int64_t>(a_state.iterations()) * static_cast<int64_t>(l_size));
+}
+
+#define ORDWEL_CODECS_BENCHMARK(a_name) BENCHMARK(a_name)->Arg(64)->Arg(4 << 10)->Arg(64 << 10)->Arg(16 << 20)
+
+void memcpy_plain(benchmark::State &a_state)
+{
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        std::memcpy(a_room, a_sample.m_plain.data(), a_sample.m_plain.size());
+        benchmark::DoNotOptimize(a_room);
+    });
+}
+ORDWEL_CODECS_BENCHMARK(memcpy_plain);
 
 void ordwel_base64_encode_buffer(benchmark::State &a_state)
 {
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(ordwel::buffer_encode_base64(plain_bytes(), k_size));
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_encode_base64(bytes_of(a_sample.m_plain), a_sample.m_plain.size()));
+    });
 }
-BENCHMARK(ordwel_base64_encode_buffer);
+ORDWEL_CODECS_BENCHMARK(ordwel_base64_encode_buffer);
 
-void ordwel_base64_decode_string(benchmark::State &a_state)
+void ordwel_base64_encode_string(benchmark::State &a_state)
 {
-    auto const *const l_text = reinterpret_cast<unsigned char const *>(base64_text().data());
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(ordwel::string_decode_base64(l_text, base64_text().size()));
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::string_encode_base64(bytes_of(a_sample.m_plain), a_sample.m_plain.size()));
+    });
 }
-BENCHMARK(ordwel_base64_decode_string);
+ORDWEL_CODECS_BENCHMARK(ordwel_base64_encode_string);
 
 void ordwel_base64_decode_buffer(benchmark::State &a_state)
 {
-    auto const *const l_text = reinterpret_cast<unsigned char const *>(base64_text().data());
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(ordwel::buffer_decode_base64(l_text, base64_text().size()));
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_decode_base64(bytes_of(a_sample.m_base64), a_sample.m_base64.size()));
+    });
 }
-BENCHMARK(ordwel_base64_decode_buffer);
+ORDWEL_CODECS_BENCHMARK(ordwel_base64_decode_buffer);
+
+void ordwel_base64_decode_string(benchmark::State &a_state)
+{
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::string_decode_base64(bytes_of(a_sample.m_base64), a_sample.m_base64.size()));
+    });
+}
+ORDWEL_CODECS_BENCHMARK(ordwel_base64_decode_string);
 
 void ordwel_hex_encode(benchmark::State &a_state)
 {
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(ordwel::string_encode_hex(plain()));
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_encode_hex(bytes_of(a_sample.m_plain), a_sample.m_plain.size()));
+    });
 }
-BENCHMARK(ordwel_hex_encode);
+ORDWEL_CODECS_BENCHMARK(ordwel_hex_encode);
 
 void ordwel_hex_decode(benchmark::State &a_state)
 {
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(ordwel::string_decode_hex(hex_text()));
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_decode_hex(bytes_of(a_sample.m_hex), a_sample.m_hex.size()));
+    });
 }
-BENCHMARK(ordwel_hex_decode);
+ORDWEL_CODECS_BENCHMARK(ordwel_hex_decode);
+
+#if defined(ORDWEL_BENCH_PRIVATE)
+using ordwel::internal::simd_level;
+
+// The kernel of a_level (simd_level::avx512: the processor's own), into the kept block.
+template <typename t_dispatch> auto kernel_of(t_dispatch const &a_dispatch, simd_level a_level)
+{
+    return a_level == simd_level::scalar ? a_dispatch.for_level(simd_level::scalar) : a_dispatch.get();
+}
+
+template <simd_level t_level> void ordwel_base64_encode_level(benchmark::State &a_state)
+{
+    auto const l_kernel = kernel_of(ordwel::internal::k_base64_encode, t_level);
+    measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
+        benchmark::DoNotOptimize(
+            l_kernel(reinterpret_cast<char *>(a_room), bytes_of(a_sample.m_plain), a_sample.m_plain.size()));
+    });
+}
+
+template <simd_level t_level> void ordwel_base64_decode_level(benchmark::State &a_state)
+{
+    auto const l_kernel = kernel_of(ordwel::internal::k_base64_decode, t_level);
+    measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
+        benchmark::DoNotOptimize(l_kernel(a_room, bytes_of(a_sample.m_base64), a_sample.m_base64.size()));
+    });
+}
+
+template <simd_level t_level> void ordwel_hex_encode_level(benchmark::State &a_state)
+{
+    auto const l_kernel = kernel_of(ordwel::internal::k_hex_encode, t_level);
+    measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
+        l_kernel(reinterpret_cast<char *>(a_room), bytes_of(a_sample.m_plain), a_sample.m_plain.size());
+    });
+}
+
+template <simd_level t_level> void ordwel_hex_decode_level(benchmark::State &a_state)
+{
+    auto const l_kernel = kernel_of(ordwel::internal::k_hex_decode, t_level);
+    measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
+        l_kernel(a_room, bytes_of(a_sample.m_hex), a_sample.m_plain.size());
+    });
+}
+
+#define ORDWEL_CODECS_LEVELS(a_name)                                                                                   \
+    ORDWEL_CODECS_BENCHMARK(a_name<simd_level::avx512>)->Name(#a_name "_kernel");                                      \
+    ORDWEL_CODECS_BENCHMARK(a_name<simd_level::scalar>)->Name(#a_name "_scalar")
+
+ORDWEL_CODECS_LEVELS(ordwel_base64_encode_level);
+ORDWEL_CODECS_LEVELS(ordwel_base64_decode_level);
+ORDWEL_CODECS_LEVELS(ordwel_hex_encode_level);
+ORDWEL_CODECS_LEVELS(ordwel_hex_decode_level);
+#endif
 
 #if defined(ORDWEL_HAVE_OPENSSL)
 void openssl_base64_encode(benchmark::State &a_state)
 {
-    std::vector<unsigned char> l_out(base64_text().size() + 1);
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(EVP_EncodeBlock(l_out.data(), plain_bytes(), static_cast<int>(k_size)));
-        benchmark::ClobberMemory();
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        benchmark::DoNotOptimize(
+            EVP_EncodeBlock(a_room, bytes_of(a_sample.m_plain), static_cast<int>(a_sample.m_plain.size())));
+    });
 }
-BENCHMARK(openssl_base64_encode);
+ORDWEL_CODECS_BENCHMARK(openssl_base64_encode);
 
 void openssl_base64_decode(benchmark::State &a_state)
 {
-    std::vector<unsigned char> l_out(k_size + 3);
-    auto const *const l_text = reinterpret_cast<unsigned char const *>(base64_text().data());
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(EVP_DecodeBlock(l_out.data(), l_text, static_cast<int>(base64_text().size())));
-        benchmark::ClobberMemory();
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        benchmark::DoNotOptimize(
+            EVP_DecodeBlock(a_room, bytes_of(a_sample.m_base64), static_cast<int>(a_sample.m_base64.size())));
+    });
 }
-BENCHMARK(openssl_base64_decode);
+ORDWEL_CODECS_BENCHMARK(openssl_base64_decode);
 
 void openssl_hex_encode(benchmark::State &a_state)
 {
-    std::vector<char> l_out(2 * k_size + 1);
-    for (auto _ : a_state) {
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
         std::size_t l_length = 0;
-        benchmark::DoNotOptimize(
-            OPENSSL_buf2hexstr_ex(l_out.data(), l_out.size(), &l_length, plain_bytes(), k_size, '\0'));
-        benchmark::ClobberMemory();
-    }
-    set_bytes(a_state);
+        benchmark::DoNotOptimize(OPENSSL_buf2hexstr_ex(reinterpret_cast<char *>(a_room),
+                                                       2 * a_sample.m_plain.size() + 1, &l_length,
+                                                       bytes_of(a_sample.m_plain), a_sample.m_plain.size(), '\0'));
+    });
 }
-BENCHMARK(openssl_hex_encode);
+ORDWEL_CODECS_BENCHMARK(openssl_hex_encode);
 
 void openssl_hex_decode(benchmark::State &a_state)
 {
-    std::vector<unsigned char> l_out(k_size);
-    for (auto _ : a_state) {
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
         std::size_t l_length = 0;
         benchmark::DoNotOptimize(
-            OPENSSL_hexstr2buf_ex(l_out.data(), l_out.size(), &l_length, hex_text().c_str(), '\0'));
-        benchmark::ClobberMemory();
-    }
-    set_bytes(a_state);
+            OPENSSL_hexstr2buf_ex(a_room, a_sample.m_plain.size(), &l_length, a_sample.m_hex.c_str(), '\0'));
+    });
 }
-BENCHMARK(openssl_hex_decode);
+ORDWEL_CODECS_BENCHMARK(openssl_hex_decode);
 #endif
 
 #if defined(ORDWEL_HAVE_LIBAVUTIL)
 void libavutil_base64_encode(benchmark::State &a_state)
 {
-    std::vector<char> l_out(AV_BASE64_SIZE(k_size));
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(
-            av_base64_encode(l_out.data(), static_cast<int>(l_out.size()), plain_bytes(), static_cast<int>(k_size)));
-        benchmark::ClobberMemory();
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        benchmark::DoNotOptimize(av_base64_encode(
+            reinterpret_cast<char *>(a_room), static_cast<int>(AV_BASE64_SIZE(a_sample.m_plain.size())),
+            bytes_of(a_sample.m_plain), static_cast<int>(a_sample.m_plain.size())));
+    });
 }
-BENCHMARK(libavutil_base64_encode);
+ORDWEL_CODECS_BENCHMARK(libavutil_base64_encode);
 
 void libavutil_base64_decode(benchmark::State &a_state)
 {
-    std::vector<uint8_t> l_out(k_size + 3);
-    for (auto _ : a_state) {
-        benchmark::DoNotOptimize(av_base64_decode(l_out.data(), base64_text().c_str(), static_cast<int>(l_out.size())));
-        benchmark::ClobberMemory();
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        benchmark::DoNotOptimize(
+            av_base64_decode(a_room, a_sample.m_base64.c_str(), static_cast<int>(a_sample.m_plain.size() + 3)));
+    });
 }
-BENCHMARK(libavutil_base64_decode);
+ORDWEL_CODECS_BENCHMARK(libavutil_base64_decode);
 #endif
 
 #if defined(ORDWEL_HAVE_BOOST)
 void boost_hex_encode(benchmark::State &a_state)
 {
-    std::string l_out;
-    l_out.reserve(2 * k_size);
-    for (auto _ : a_state) {
-        l_out.clear();
-        boost::algorithm::hex_lower(plain().begin(), plain().end(), std::back_inserter(l_out));
-        benchmark::DoNotOptimize(l_out.data());
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        boost::algorithm::hex_lower(a_sample.m_plain.begin(), a_sample.m_plain.end(), reinterpret_cast<char *>(a_room));
+    });
 }
-BENCHMARK(boost_hex_encode);
+ORDWEL_CODECS_BENCHMARK(boost_hex_encode);
 
 void boost_hex_decode(benchmark::State &a_state)
 {
-    std::string l_out;
-    l_out.reserve(k_size);
-    for (auto _ : a_state) {
-        l_out.clear();
-        boost::algorithm::unhex(hex_text().begin(), hex_text().end(), std::back_inserter(l_out));
-        benchmark::DoNotOptimize(l_out.data());
-    }
-    set_bytes(a_state);
+    measure(a_state, [](sample const &a_sample, unsigned char *a_room) {
+        boost::algorithm::unhex(a_sample.m_hex.begin(), a_sample.m_hex.end(), reinterpret_cast<char *>(a_room));
+    });
 }
-BENCHMARK(boost_hex_decode);
+ORDWEL_CODECS_BENCHMARK(boost_hex_decode);
 #endif
 
 } // namespace

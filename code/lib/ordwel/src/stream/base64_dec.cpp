@@ -5,6 +5,7 @@
 #include <ordwel/es.h>
 
 #include "core/byte_tables.h"
+#include "stream/codec_kernels.h"
 
 namespace ordwel {
 
@@ -65,8 +66,18 @@ unsigned char *decode_odd_group(unsigned char *a_out, unsigned char const *a_gro
     return a_out;
 }
 
-// Decodes a_size characters, a multiple of 4, to a_out; gives the count of bytes written.
-std::size_t decode_into(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+// The room for a_size characters, after the length check.
+std::size_t decoded_room(uint64 a_size)
+{
+    if (a_size % 4 != 0) {
+        es::arg::raise(ORDWEL_HERE, nullptr);
+    }
+    return static_cast<std::size_t>(a_size / 4 * 3);
+}
+
+} // namespace
+
+std::size_t internal::base64_decode_scalar(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
 {
     unsigned char *l_out = a_out;
     unsigned char const *l_in = a_text;
@@ -86,17 +97,6 @@ std::size_t decode_into(unsigned char *a_out, unsigned char const *a_text, std::
     return static_cast<std::size_t>(l_out - a_out);
 }
 
-// The room for a_size characters, after the length check.
-std::size_t decoded_room(uint64 a_size)
-{
-    if (a_size % 4 != 0) {
-        es::arg::raise(ORDWEL_HERE, nullptr);
-    }
-    return static_cast<std::size_t>(a_size / 4 * 3);
-}
-
-} // namespace
-
 buffer buffer_decode_base64(unsigned char const *a_bytes, uint64 a_size)
 {
     buffer l_result;
@@ -104,7 +104,7 @@ buffer buffer_decode_base64(unsigned char const *a_bytes, uint64 a_size)
         return l_result;
     }
     l_result.resize(decoded_room(a_size) + 1);
-    l_result.resize(decode_into(l_result.begin(), a_bytes, static_cast<std::size_t>(a_size)));
+    l_result.resize(internal::k_base64_decode.get()(l_result.begin(), a_bytes, static_cast<std::size_t>(a_size)));
     return l_result;
 }
 
@@ -116,8 +116,8 @@ std::string string_decode_base64(unsigned char const *a_bytes, uint64 a_size)
         return l_result;
     }
     l_result.resize(decoded_room(a_size));
-    l_result.resize(
-        decode_into(reinterpret_cast<unsigned char *>(&l_result[0]), a_bytes, static_cast<std::size_t>(a_size)));
+    l_result.resize(internal::k_base64_decode.get()(reinterpret_cast<unsigned char *>(&l_result[0]), a_bytes,
+                                                    static_cast<std::size_t>(a_size)));
     return l_result;
 }
 

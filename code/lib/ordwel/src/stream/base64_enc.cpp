@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/byte_tables.h"
+#include "stream/codec_kernels.h"
 
 namespace ordwel {
 
@@ -34,8 +35,14 @@ inline void put_group(char *a_out, uint32 a_bits)
     std::memcpy(a_out + 2, k_table.m_pairs[a_bits & 0xfff], 2);
 }
 
-// Writes the (a_size + 2) / 3 × 4 characters of a_bytes to a_out.
-std::size_t encode_into(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+std::size_t encoded_size(uint64 a_size)
+{
+    return static_cast<std::size_t>((a_size + 2) / 3 * 4);
+}
+
+} // namespace
+
+std::size_t internal::base64_encode_scalar(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
     char *l_out = a_out;
     unsigned char const *l_in = a_bytes;
@@ -73,13 +80,6 @@ std::size_t encode_into(char *a_out, unsigned char const *a_bytes, std::size_t a
     return static_cast<std::size_t>(l_out - a_out);
 }
 
-std::size_t encoded_size(uint64 a_size)
-{
-    return static_cast<std::size_t>((a_size + 2) / 3 * 4);
-}
-
-} // namespace
-
 buffer buffer_encode_base64(unsigned char const *a_bytes, uint64 a_size)
 {
     buffer l_result;
@@ -87,7 +87,8 @@ buffer buffer_encode_base64(unsigned char const *a_bytes, uint64 a_size)
         return l_result;
     }
     l_result.resize(encoded_size(a_size) + 1);
-    l_result.resize(encode_into(reinterpret_cast<char *>(l_result.begin()), a_bytes, static_cast<std::size_t>(a_size)));
+    l_result.resize(internal::k_base64_encode.get()(reinterpret_cast<char *>(l_result.begin()), a_bytes,
+                                                    static_cast<std::size_t>(a_size)));
     return l_result;
 }
 
@@ -99,7 +100,7 @@ std::string string_encode_base64(unsigned char const *a_bytes, uint64 a_size)
         return l_result;
     }
     l_result.resize(encoded_size(a_size));
-    l_result.resize(encode_into(&l_result[0], a_bytes, static_cast<std::size_t>(a_size)));
+    l_result.resize(internal::k_base64_encode.get()(&l_result[0], a_bytes, static_cast<std::size_t>(a_size)));
     return l_result;
 }
 

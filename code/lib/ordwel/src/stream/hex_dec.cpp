@@ -5,6 +5,7 @@
 #include <ordwel/es.h>
 
 #include "core/byte_tables.h"
+#include "stream/codec_kernels.h"
 
 namespace ordwel {
 
@@ -12,16 +13,6 @@ namespace {
 
 // Each digit's value, both cases; 255 for every other byte.
 constexpr internal::byte_table k_table = internal::hex_value_table(255);
-
-// A foreign character's 255 sets every bit it touches: "g0" is 0xf0, "0g" is 0xff.
-void decode_into(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
-{
-    for (std::size_t l_index = 0; l_index < a_count; ++l_index) {
-        unsigned const l_high = k_table[a_text[2 * l_index]];
-        unsigned const l_low = k_table[a_text[2 * l_index + 1]];
-        a_out[l_index] = static_cast<unsigned char>((l_high << 4) | l_low);
-    }
-}
 
 // The byte count of a_size characters, after the length check.
 std::size_t decoded_size(uint64 a_size)
@@ -34,6 +25,16 @@ std::size_t decoded_size(uint64 a_size)
 
 } // namespace
 
+// A foreign character's 255 sets every bit it touches: "g0" is 0xf0, "0g" is 0xff.
+void internal::hex_decode_scalar(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
+    for (std::size_t l_index = 0; l_index < a_count; ++l_index) {
+        unsigned const l_high = k_table[a_text[2 * l_index]];
+        unsigned const l_low = k_table[a_text[2 * l_index + 1]];
+        a_out[l_index] = static_cast<unsigned char>((l_high << 4) | l_low);
+    }
+}
+
 buffer buffer_decode_hex(unsigned char const *a_bytes, uint64 a_size)
 {
     buffer l_result;
@@ -42,7 +43,7 @@ buffer buffer_decode_hex(unsigned char const *a_bytes, uint64 a_size)
     }
     std::size_t const l_count = decoded_size(a_size);
     l_result.resize(l_count);
-    decode_into(l_result.begin(), a_bytes, l_count);
+    internal::k_hex_decode.get()(l_result.begin(), a_bytes, l_count);
     return l_result;
 }
 
@@ -70,7 +71,7 @@ std::string string_decode_hex(unsigned char const *a_bytes, uint64 a_size)
     }
     std::size_t const l_count = decoded_size(a_size);
     l_result.resize(l_count);
-    decode_into(reinterpret_cast<unsigned char *>(&l_result[0]), a_bytes, l_count);
+    internal::k_hex_decode.get()(reinterpret_cast<unsigned char *>(&l_result[0]), a_bytes, l_count);
     return l_result;
 }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/byte_tables.h"
+#include "stream/codec_kernels.h"
 
 namespace ordwel {
 
@@ -11,14 +12,14 @@ namespace {
 
 constexpr internal::hex_pair_table k_table = internal::hex_pair_table_new();
 
-void encode_into(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+} // namespace
+
+void internal::hex_encode_scalar(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
     for (std::size_t l_index = 0; l_index < a_size; ++l_index) {
         std::memcpy(a_out + 2 * l_index, k_table[a_bytes[l_index]], 2);
     }
 }
-
-} // namespace
 
 buffer buffer_encode_hex(unsigned char const *a_bytes, uint64 a_size)
 {
@@ -27,7 +28,7 @@ buffer buffer_encode_hex(unsigned char const *a_bytes, uint64 a_size)
         return l_result;
     }
     l_result.resize(2 * a_size);
-    encode_into(reinterpret_cast<char *>(l_result.begin()), a_bytes, static_cast<std::size_t>(a_size));
+    internal::k_hex_encode.get()(reinterpret_cast<char *>(l_result.begin()), a_bytes, static_cast<std::size_t>(a_size));
     return l_result;
 }
 
@@ -54,7 +55,7 @@ std::string string_encode_hex(unsigned char const *a_bytes, uint64 a_size)
         return l_result;
     }
     l_result.resize(static_cast<std::size_t>(2 * a_size));
-    encode_into(&l_result[0], a_bytes, static_cast<std::size_t>(a_size));
+    internal::k_hex_encode.get()(&l_result[0], a_bytes, static_cast<std::size_t>(a_size));
     return l_result;
 }
 

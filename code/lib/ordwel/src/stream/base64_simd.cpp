@@ -1,0 +1,256 @@
+// The vector kernels of Base64 and the choice among them. Each kernel is compiled for its own
+// instruction set (ORDWEL_TARGET), so the rest of the build assumes no more than the baseline.
+
+#include <cstddef>
+
+#include <ordwel/internal/attributes.h>
+
+#include "core/byte_tables.h"
+#include "stream/codec_kernels.h"
+
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(_M_X64))
+#define ORDWEL_STREAM_BASE64_X86 1
+// GCC 12 takes the deliberately undefined source of the AVX-512 intrinsics (_mm512_undefined_*)
+// for an uninitialised variable once they are inlined; the warning points into its own headers.
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#endif
+
+namespace ordwel {
+namespace internal {
+
+namespace {
+
+#if defined(ORDWEL_STREAM_BASE64_X86)
+
+std::size_t bytes_between(void const *a_from, void const *a_to)
+{
+    return static_cast<std::size_t>(static_cast<unsigned char const *>(a_to) -
+                                    static_cast<unsigned char const *>(a_from));
+}
+
+// --- AVX2: 24 bytes to 32 characters, 32 characters to 24 bytes ------------------------------------
+
+// Each 128-bit lane holds 12 bytes in its low end; gives the 16 sextets of each lane, one per byte.
+// Every 3 bytes (a, b, c) are spread over a 32-bit word as b a c b, and two multiplications
+// move each sextet to the low end of its own byte.
+ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i sextets_of_bytes(__m256i a_bytes)
+{
+    __m256i const l_spread =
+        _mm256_shuffle_epi8(a_bytes, _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10, 1, 0, 2, 1, 4,
+                                                      3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
+    __m256i const l_first_and_third =
+        _mm256_mulhi_epu16(_mm256_and_si256(l_spread, _mm256_set1_epi32(0x0fc0fc00)), _mm256_set1_epi32(0x04000040));
+    __m256i const l_second_and_fourth =
+        _mm256_mullo_epi16(_mm256_and_si256(l_spread, _mm256_set1_epi32(0x003f03f0)), _mm256_set1_epi32(0x01000010));
+    return _mm256_or_si256(l_first_and_third, l_second_and_fourth);
+}
+
+// Each sextet as its character: the sextet plus an offset that depends on its range only
+// (0-25 "A", 26-51 "a", 52-61 "0", 62 "+", 63 "/"), the offset found by pshufb.
+ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i characters_of_sextets(__m256i a_sextets)
+{
+    // 0-51 become 0, 52-61 become 1 to 10, 62 and 63 become 11 and 12; then 0-25 become 13.
+    __m256i l_range = _mm256_subs_epu8(a_sextets, _mm256_set1_epi8(51));
+    __m256i const l_upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), a_sextets);
+    l_range = _mm256_or_si256(l_range, _mm256_and_si256(l_upper, _mm256_set1_epi8(13)));
+    __m256i const l_offsets = _mm256_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                                               '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0,
+                                               'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                                               '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0);
+    return _mm256_add_epi8(a_sextets, _mm256_shuffle_epi8(l_offsets, l_range));
+}
+
+ORDWEL_TARGET("avx2") std::size_t base64_encode_avx2(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    unsigned char const *l_in = a_bytes;
+    unsigned char const *const l_end = a_bytes + a_size;
+    char *l_out = a_out;
+    // Each round loads 16 bytes at l_in and 16 at l_in + 12, and codes the first 12 of each.
+    while (bytes_between(l_in, l_end) >= 28) {
+        __m128i const l_low = _mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in));
+        __m128i const l_high = _mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in + 12));
+        __m256i const l_bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(l_low), l_high, 1);
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out), characters_of_sextets(sextets_of_bytes(l_bytes)));
+        l_in += 24;
+        l_out += 32;
+    }
+    return bytes_between(a_out, l_out) + base64_encode_scalar(l_out, l_in, bytes_between(l_in, l_end));
+}
+
+// The 32 characters as sextets, or false where any of them is outside the alphabet. Each character
+// is classified by its low and its high nibble through two tables whose entries share a bit only
+// for foreign characters; the offset to its sextet then depends on the high nibble alone, "/"
+// apart.
+ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE bool sextets_of_characters(__m256i a_chars, __m256i &a_sextets)
+{
+    __m256i const l_mask_2f = _mm256_set1_epi8(0x2f);
+    __m256i const l_low_classes = _mm256_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13,
+                                                   0x1a, 0x1b, 0x1b, 0x1b, 0x1a, 0x15, 0x11, 0x11, 0x11, 0x11, 0x11,
+                                                   0x11, 0x11, 0x11, 0x11, 0x13, 0x1a, 0x1b, 0x1b, 0x1b, 0x1a);
+    __m256i const l_high_classes = _mm256_setr_epi8(0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10,
+                                                    0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x01, 0x02, 0x04, 0x08,
+                                                    0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10);
+    __m256i const l_offsets = _mm256_setr_epi8(0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0, 0, 16, 19, 4,
+                                               -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0);
+    __m256i const l_high = _mm256_and_si256(_mm256_srli_epi32(a_chars, 4), l_mask_2f);
+    __m256i const l_low = _mm256_and_si256(a_chars, l_mask_2f);
+    if (!_mm256_testz_si256(_mm256_shuffle_epi8(l_low_classes, l_low), _mm256_shuffle_epi8(l_high_classes, l_high))) {
+        return false;
+    }
+    __m256i const l_slash = _mm256_cmpeq_epi8(a_chars, l_mask_2f);
+    a_sextets = _mm256_add_epi8(a_chars, _mm256_shuffle_epi8(l_offsets, _mm256_add_epi8(l_slash, l_high)));
+    return true;
+}
+
+// Joins each 4 sextets to 3 bytes: the 24 bytes end up in the low 24 bytes of the result.
+ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i bytes_of_sextets(__m256i a_sextets)
+{
+    __m256i const l_pairs = _mm256_maddubs_epi16(a_sextets, _mm256_set1_epi32(0x01400140));
+    __m256i const l_groups = _mm256_madd_epi16(l_pairs, _mm256_set1_epi32(0x00011000));
+    __m256i const l_packed =
+        _mm256_shuffle_epi8(l_groups, _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1, 2, 1, 0,
+                                                       6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
+    return _mm256_permutevar8x32_epi32(l_packed, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+}
+
+ORDWEL_TARGET("avx2")
+std::size_t base64_decode_avx2(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+{
+    unsigned char const *l_in = a_text;
+    unsigned char const *const l_end = a_text + a_size;
+    unsigned char *l_out = a_out;
+    while (bytes_between(l_in, l_end) >= 32) {
+        __m256i l_sextets;
+        if (!sextets_of_characters(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_in)), l_sextets)) {
+            break;
+        }
+        __m256i const l_bytes = bytes_of_sextets(l_sextets);
+        // 24 bytes: the room ends there, so no 32-byte store.
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(l_out), _mm256_castsi256_si128(l_bytes));
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(l_out + 16), _mm256_extracti128_si256(l_bytes, 1));
+        l_in += 32;
+        l_out += 24;
+    }
+    return bytes_between(a_out, l_out) + base64_decode_scalar(l_out, l_in, bytes_between(l_in, l_end));
+}
+
+// --- AVX-512 VBMI: 48 bytes to 64 characters, 64 characters to 48 bytes -----------------------------
+
+// Byte look-ups of 64 and 128 entries for vpermb and vpermi2b.
+struct vbmi_tables {
+    // For each 32-bit word of the input to the multishift, the bytes b a c b of its group.
+    unsigned char m_spread[64];
+    // Each character 0 to 127 as its sextet, 0x80 where it is foreign.
+    unsigned char m_sextets[128];
+    // Where each output byte sits among the 32-bit words of joined groups (low byte first).
+    unsigned char m_pack[64];
+};
+
+constexpr vbmi_tables vbmi_tables_new()
+{
+    vbmi_tables l_tables{};
+    for (unsigned l_group = 0; l_group < 16; ++l_group) {
+        l_tables.m_spread[4 * l_group] = static_cast<unsigned char>(3 * l_group + 1);
+        l_tables.m_spread[4 * l_group + 1] = static_cast<unsigned char>(3 * l_group);
+        l_tables.m_spread[4 * l_group + 2] = static_cast<unsigned char>(3 * l_group + 2);
+        l_tables.m_spread[4 * l_group + 3] = static_cast<unsigned char>(3 * l_group + 1);
+        for (unsigned l_byte = 0; l_byte < 3; ++l_byte) {
+            l_tables.m_pack[3 * l_group + l_byte] = static_cast<unsigned char>(4 * l_group + 2 - l_byte);
+        }
+    }
+    for (unsigned l_char = 0; l_char < 128; ++l_char) {
+        l_tables.m_sextets[l_char] = 0x80;
+    }
+    for (unsigned l_value = 0; l_value < 64; ++l_value) {
+        l_tables.m_sextets[static_cast<unsigned char>(k_base64_alphabet[l_value])] =
+            static_cast<unsigned char>(l_value);
+    }
+    return l_tables;
+}
+
+constexpr vbmi_tables k_vbmi = vbmi_tables_new();
+
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+std::size_t base64_encode_vbmi(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    __m512i const l_spread = _mm512_loadu_si512(k_vbmi.m_spread);
+    // The bit offsets of the four sextets of each of the two groups in a 64-bit word.
+    __m512i const l_shifts = _mm512_set1_epi64(0x3036242a1016040a);
+    __m512i const l_alphabet = _mm512_loadu_si512(k_base64_alphabet);
+    unsigned char const *l_in = a_bytes;
+    unsigned char const *const l_end = a_bytes + a_size;
+    char *l_out = a_out;
+    while (bytes_between(l_in, l_end) >= 64) {
+        __m512i const l_bytes = _mm512_permutexvar_epi8(l_spread, _mm512_loadu_si512(l_in));
+        __m512i const l_sextets = _mm512_multishift_epi64_epi8(l_shifts, l_bytes);
+        _mm512_storeu_si512(l_out, _mm512_permutexvar_epi8(l_sextets, l_alphabet));
+        l_in += 48;
+        l_out += 64;
+    }
+    return bytes_between(a_out, l_out) + base64_encode_avx2(l_out, l_in, bytes_between(l_in, l_end));
+}
+
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+std::size_t base64_decode_vbmi(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+{
+    __m512i const l_sextets_low = _mm512_loadu_si512(k_vbmi.m_sextets);
+    __m512i const l_sextets_high = _mm512_loadu_si512(k_vbmi.m_sextets + 64);
+    __m512i const l_pack = _mm512_loadu_si512(k_vbmi.m_pack);
+    unsigned char const *l_in = a_text;
+    unsigned char const *const l_end = a_text + a_size;
+    unsigned char *l_out = a_out;
+    while (bytes_between(l_in, l_end) >= 64) {
+        __m512i const l_chars = _mm512_loadu_si512(l_in);
+        __m512i const l_sextets = _mm512_permutex2var_epi8(l_sextets_low, l_chars, l_sextets_high);
+        // A foreign character has its top bit set, or maps to 0x80.
+        if (_mm512_movepi8_mask(_mm512_or_si512(l_chars, l_sextets)) != 0) {
+            break;
+        }
+        __m512i const l_pairs = _mm512_maddubs_epi16(l_sextets, _mm512_set1_epi32(0x01400140));
+        __m512i const l_groups = _mm512_madd_epi16(l_pairs, _mm512_set1_epi32(0x00011000));
+        __m512i const l_bytes = _mm512_permutexvar_epi8(l_pack, l_groups);
+        // 48 bytes: the room ends there, so no 64-byte store.
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out), _mm512_castsi512_si256(l_bytes));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(l_out + 32), _mm512_extracti32x4_epi32(l_bytes, 2));
+        l_in += 64;
+        l_out += 48;
+    }
+    return bytes_between(a_out, l_out) + base64_decode_avx2(l_out, l_in, bytes_between(l_in, l_end));
+}
+
+// The AVX-512 level does not promise VBMI; without it the AVX2 kernels serve.
+std::size_t base64_encode_avx512(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    if (cpu_features_detected().m_avx512vbmi) {
+        return base64_encode_vbmi(a_out, a_bytes, a_size);
+    }
+    return base64_encode_avx2(a_out, a_bytes, a_size);
+}
+
+std::size_t base64_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+{
+    if (cpu_features_detected().m_avx512vbmi) {
+        return base64_decode_vbmi(a_out, a_text, a_size);
+    }
+    return base64_decode_avx2(a_out, a_text, a_size);
+}
+
+#endif
+
+} // namespace
+
+#if defined(ORDWEL_STREAM_BASE64_X86)
+dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar, nullptr, &base64_encode_avx2,
+                                                     &base64_encode_avx512};
+dispatch<base64_decode_kernel> const k_base64_decode{&base64_decode_scalar, nullptr, &base64_decode_avx2,
+                                                     &base64_decode_avx512};
+#else
+dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar};
+dispatch<base64_decode_kernel> const k_base64_decode{&base64_decode_scalar};
+#endif
+
+} // namespace internal
+} // namespace ordwel

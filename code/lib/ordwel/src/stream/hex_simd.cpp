@@ -1,0 +1,160 @@
+// The vector kernels of hex and the choice among them. Each kernel is compiled for its own
+// instruction set (ORDWEL_TARGET), so the rest of the build assumes no more than the baseline.
+
+#include <cstddef>
+
+#include <ordwel/internal/attributes.h>
+
+#include "stream/codec_kernels.h"
+
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(_M_X64))
+#define ORDWEL_STREAM_HEX_X86 1
+// GCC 12 takes the deliberately undefined source of the AVX-512 intrinsics (_mm512_undefined_*)
+// for an uninitialised variable once they are inlined; the warning points into its own headers.
+#if !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+#include <immintrin.h>
+#endif
+
+namespace ordwel {
+namespace internal {
+
+namespace {
+
+#if defined(ORDWEL_STREAM_HEX_X86)
+
+// --- AVX2: 32 bytes to 64 digits, 64 digits to 32 bytes --------------------------------------------
+
+ORDWEL_TARGET("avx2") void hex_encode_avx2(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    __m256i const l_digits =
+        _mm256_setr_epi8('0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f', '0', '1', '2',
+                         '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f');
+    __m256i const l_mask_0f = _mm256_set1_epi8(0x0f);
+    std::size_t l_index = 0;
+    for (; a_size - l_index >= 32; l_index += 32) {
+        // Bytes 0-7 and 16-23 in the low lane, 8-15 and 24-31 in the high one: the interleaving
+        // unpacks, which work per lane, then give the digits of bytes 0-15 and of 16-31.
+        __m256i const l_bytes =
+            _mm256_permute4x64_epi64(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_bytes + l_index)), 0xd8);
+        __m256i const l_high =
+            _mm256_shuffle_epi8(l_digits, _mm256_and_si256(_mm256_srli_epi16(l_bytes, 4), l_mask_0f));
+        __m256i const l_low = _mm256_shuffle_epi8(l_digits, _mm256_and_si256(l_bytes, l_mask_0f));
+        char *const l_out = a_out + 2 * l_index;
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out), _mm256_unpacklo_epi8(l_high, l_low));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out + 32), _mm256_unpackhi_epi8(l_high, l_low));
+    }
+    hex_encode_scalar(a_out + 2 * l_index, a_bytes + l_index, a_size - l_index);
+}
+
+// The values of 32 digits, or false where any of them is no digit. A digit is "0" to "9", or,
+// with the bit of lower case set, "a" to "f".
+ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE bool values_of_digits(__m256i a_chars, __m256i &a_values)
+{
+    __m256i const l_decimal = _mm256_sub_epi8(a_chars, _mm256_set1_epi8('0'));
+    __m256i const l_is_decimal = _mm256_cmpeq_epi8(_mm256_min_epu8(l_decimal, _mm256_set1_epi8(9)), l_decimal);
+    __m256i const l_letter = _mm256_sub_epi8(_mm256_or_si256(a_chars, _mm256_set1_epi8(0x20)), _mm256_set1_epi8('a'));
+    __m256i const l_is_letter = _mm256_cmpeq_epi8(_mm256_min_epu8(l_letter, _mm256_set1_epi8(5)), l_letter);
+    if (_mm256_movemask_epi8(_mm256_or_si256(l_is_decimal, l_is_letter)) != -1) {
+        return false;
+    }
+    a_values = _mm256_blendv_epi8(_mm256_add_epi8(l_letter, _mm256_set1_epi8(10)), l_decimal, l_is_decimal);
+    return true;
+}
+
+ORDWEL_TARGET("avx2") void hex_decode_avx2(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
+    // Each 16-bit pair of values as high × 16 + low.
+    __m256i const l_weights = _mm256_set1_epi16(0x0110);
+    std::size_t l_index = 0;
+    for (; a_count - l_index >= 32; l_index += 32) {
+        unsigned char const *const l_in = a_text + 2 * l_index;
+        __m256i l_first;
+        __m256i l_second;
+        if (!values_of_digits(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_in)), l_first) ||
+            !values_of_digits(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_in + 32)), l_second)) {
+            break;
+        }
+        // The pack works per lane: its 64-bit quarters come out in the order 0, 2, 1, 3.
+        __m256i const l_bytes =
+            _mm256_packus_epi16(_mm256_maddubs_epi16(l_first, l_weights), _mm256_maddubs_epi16(l_second, l_weights));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(a_out + l_index), _mm256_permute4x64_epi64(l_bytes, 0xd8));
+    }
+    hex_decode_scalar(a_out + l_index, a_text + 2 * l_index, a_count - l_index);
+}
+
+// The digits once per 128-bit lane.
+constexpr char k_digits_4x[] = "0123456789abcdef0123456789abcdef0123456789abcdef0123456789abcdef";
+
+// --- AVX-512: 64 bytes to 128 digits, 128 digits to 64 bytes ----------------------------------------
+
+ORDWEL_TARGET("avx512f,avx512bw") void hex_encode_avx512(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    __m512i const l_digits = _mm512_loadu_si512(k_digits_4x);
+    __m512i const l_mask_0f = _mm512_set1_epi8(0x0f);
+    // Lane i holds the 64-bit quarters i and i + 4, so that the per-lane unpacks give the digits
+    // of bytes 0-31 and of 32-63.
+    __m512i const l_order = _mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7);
+    std::size_t l_index = 0;
+    for (; a_size - l_index >= 64; l_index += 64) {
+        __m512i const l_bytes = _mm512_permutexvar_epi64(l_order, _mm512_loadu_si512(a_bytes + l_index));
+        __m512i const l_high =
+            _mm512_shuffle_epi8(l_digits, _mm512_and_si512(_mm512_srli_epi16(l_bytes, 4), l_mask_0f));
+        __m512i const l_low = _mm512_shuffle_epi8(l_digits, _mm512_and_si512(l_bytes, l_mask_0f));
+        char *const l_out = a_out + 2 * l_index;
+        _mm512_storeu_si512(l_out, _mm512_unpacklo_epi8(l_high, l_low));
+        _mm512_storeu_si512(l_out + 64, _mm512_unpackhi_epi8(l_high, l_low));
+    }
+    hex_encode_avx2(a_out + 2 * l_index, a_bytes + l_index, a_size - l_index);
+}
+
+ORDWEL_TARGET("avx512f,avx512bw") ORDWEL_ALWAYS_INLINE bool values_of_digits_512(__m512i a_chars, __m512i &a_values)
+{
+    __m512i const l_decimal = _mm512_sub_epi8(a_chars, _mm512_set1_epi8('0'));
+    __mmask64 const l_is_decimal = _mm512_cmple_epu8_mask(l_decimal, _mm512_set1_epi8(9));
+    __m512i const l_letter = _mm512_sub_epi8(_mm512_or_si512(a_chars, _mm512_set1_epi8(0x20)), _mm512_set1_epi8('a'));
+    __mmask64 const l_is_letter = _mm512_cmple_epu8_mask(l_letter, _mm512_set1_epi8(5));
+    if ((l_is_decimal | l_is_letter) != ~__mmask64(0)) {
+        return false;
+    }
+    a_values = _mm512_mask_blend_epi8(l_is_decimal, _mm512_add_epi8(l_letter, _mm512_set1_epi8(10)), l_decimal);
+    return true;
+}
+
+ORDWEL_TARGET("avx512f,avx512bw")
+void hex_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
+    __m512i const l_weights = _mm512_set1_epi16(0x0110);
+    // The pack works per lane: its 64-bit quarters come out in the order 0, 2, 4, 6, 1, 3, 5, 7.
+    __m512i const l_order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    std::size_t l_index = 0;
+    for (; a_count - l_index >= 64; l_index += 64) {
+        unsigned char const *const l_in = a_text + 2 * l_index;
+        __m512i l_first;
+        __m512i l_second;
+        if (!values_of_digits_512(_mm512_loadu_si512(l_in), l_first) ||
+            !values_of_digits_512(_mm512_loadu_si512(l_in + 64), l_second)) {
+            break;
+        }
+        __m512i const l_bytes =
+            _mm512_packus_epi16(_mm512_maddubs_epi16(l_first, l_weights), _mm512_maddubs_epi16(l_second, l_weights));
+        _mm512_storeu_si512(a_out + l_index, _mm512_permutexvar_epi64(l_order, l_bytes));
+    }
+    hex_decode_avx2(a_out + l_index, a_text + 2 * l_index, a_count - l_index);
+}
+
+#endif
+
+} // namespace
+
+#if defined(ORDWEL_STREAM_HEX_X86)
+dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar, nullptr, &hex_encode_avx2, &hex_encode_avx512};
+dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar, nullptr, &hex_decode_avx2, &hex_decode_avx512};
+#else
+dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar};
+dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar};
+#endif
+
+} // namespace internal
+} // namespace ordwel

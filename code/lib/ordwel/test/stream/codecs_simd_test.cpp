@@ -1,0 +1,214 @@
+// The vector kernels of the Base64 and hex codecs against the scalar ones, on every level that this
+// processor has: the same bytes for every input, valid or not. Input and output sit in buffers of
+// their exact size, so that a sanitizer sees any access beyond them.
+
+#include <algorithm>
+#include <cctype>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/cpu_dispatch.h"
+#include "stream/codec_kernels.h"
+
+namespace {
+
+using namespace ordwel;
+using internal::simd_level;
+using bytes = std::vector<unsigned char>;
+
+// The levels above scalar that this processor runs.
+std::vector<simd_level> vector_levels()
+{
+    std::vector<simd_level> l_levels;
+    auto const l_top = static_cast<unsigned>(internal::simd_level_of(internal::cpu_features_detected()));
+    for (unsigned l_level = 1; l_level <= l_top; ++l_level) {
+        l_levels.push_back(static_cast<simd_level>(l_level));
+    }
+    return l_levels;
+}
+
+bytes random_bytes(std::mt19937 &a_random, std::size_t a_size)
+{
+    bytes l_bytes(a_size);
+    for (unsigned char &l_byte : l_bytes) {
+        l_byte = static_cast<unsigned char>(a_random() & 0xff);
+    }
+    return l_bytes;
+}
+
+bytes base64_encode(simd_level a_level, bytes const &a_bytes)
+{
+    bytes l_text((a_bytes.size() + 2) / 3 * 4);
+    std::size_t const l_size = internal::k_base64_encode.for_level(a_level)(reinterpret_cast<char *>(l_text.data()),
+                                                                            a_bytes.data(), a_bytes.size());
+    EXPECT_EQ(l_size, l_text.size());
+    return l_text;
+}
+
+bytes base64_decode(simd_level a_level, bytes const &a_text)
+{
+    bytes l_bytes(a_text.size() / 4 * 3);
+    l_bytes.resize(internal::k_base64_decode.for_level(a_level)(l_bytes.data(), a_text.data(), a_text.size()));
+    return l_bytes;
+}
+
+bytes hex_encode(simd_level a_level, bytes const &a_bytes)
+{
+    bytes l_text(2 * a_bytes.size());
+    internal::k_hex_encode.for_level(a_level)(reinterpret_cast<char *>(l_text.data()), a_bytes.data(), a_bytes.size());
+    return l_text;
+}
+
+bytes hex_decode(simd_level a_level, bytes const &a_text)
+{
+    bytes l_bytes(a_text.size() / 2);
+    internal::k_hex_decode.for_level(a_level)(l_bytes.data(), a_text.data(), l_bytes.size());
+    return l_bytes;
+}
+
+// Every kernel of each codec gives the scalar kernel's bytes for a_input.
+void expect_base64_decoders_agree(bytes const &a_text)
+{
+    bytes const l_expected = base64_decode(simd_level::scalar, a_text);
+    for (simd_level const l_level : vector_levels()) {
+        ASSERT_EQ(base64_decode(l_level, a_text), l_expected)
+            << "level " << static_cast<unsigned>(l_level) << ", text of " << a_text.size();
+    }
+}
+
+void expect_hex_decoders_agree(bytes const &a_text)
+{
+    bytes const l_expected = hex_decode(simd_level::scalar, a_text);
+    for (simd_level const l_level : vector_levels()) {
+        ASSERT_EQ(hex_decode(l_level, a_text), l_expected)
+            << "level " << static_cast<unsigned>(l_level) << ", text of " << a_text.size();
+    }
+}
+
+void expect_all_agree(bytes const &a_bytes, std::mt19937 &a_random)
+{
+    bytes const l_base64 = base64_encode(simd_level::scalar, a_bytes);
+    bytes l_hex = hex_encode(simd_level::scalar, a_bytes);
+    for (simd_level const l_level : vector_levels()) {
+        ASSERT_EQ(base64_encode(l_level, a_bytes), l_base64)
+            << "level " << static_cast<unsigned>(l_level) << ", bytes " << a_bytes.size();
+        ASSERT_EQ(hex_encode(l_level, a_bytes), l_hex)
+            << "level " << static_cast<unsigned>(l_level) << ", bytes " << a_bytes.size();
+    }
+    expect_base64_decoders_agree(l_base64);
+    ASSERT_EQ(base64_decode(simd_level::scalar, l_base64), a_bytes);
+    // Digits in either case.
+    for (unsigned char &l_digit : l_hex) {
+        if ((a_random() & 1) != 0) {
+            l_digit = static_cast<unsigned char>(std::toupper(l_digit));
+        }
+    }
+    expect_hex_decoders_agree(l_hex);
+    ASSERT_EQ(hex_decode(simd_level::scalar, l_hex), a_bytes);
+}
+
+TEST(codecs_simd, every_length_up_to_1024_codes_alike)
+{
+    std::mt19937 l_random(1024u);
+    for (std::size_t l_size = 0; l_size <= 1024; ++l_size) {
+        expect_all_agree(random_bytes(l_random, l_size), l_random);
+    }
+}
+
+TEST(codecs_simd, large_random_input_codes_alike)
+{
+    std::mt19937 l_random(20u);
+    for (std::size_t const l_size : {std::size_t(1) << 20, (std::size_t(1) << 20) + 47}) {
+        expect_all_agree(random_bytes(l_random, l_size), l_random);
+    }
+}
+
+// Bytes just outside the alphabet's ranges and the classes that a vector classifier tells apart.
+constexpr unsigned char k_base64_foreign[] = {'=', '\n', '\r', ' ', '\0', '-',  '_',  '.',  ':',  '@',
+                                              '[', '`',  '{',  '*', ',',  0x7f, 0x80, 0xab, 0xc1, 0xff};
+
+TEST(codecs_simd, base64_foreign_character_at_every_offset_decodes_alike)
+{
+    std::mt19937 l_random(64u);
+    for (std::size_t const l_size : {std::size_t(192), std::size_t(200)}) {
+        bytes const l_valid = base64_encode(simd_level::scalar, random_bytes(l_random, l_size));
+        for (std::size_t l_offset = 0; l_offset < l_valid.size(); ++l_offset) {
+            for (unsigned char const l_foreign : k_base64_foreign) {
+                bytes l_text = l_valid;
+                l_text[l_offset] = l_foreign;
+                expect_base64_decoders_agree(l_text);
+            }
+        }
+    }
+}
+
+TEST(codecs_simd, base64_padding_inside_the_text_decodes_alike)
+{
+    std::mt19937 l_random(4648u);
+    bytes const l_valid = base64_encode(simd_level::scalar, random_bytes(l_random, 3 * 80));
+    // "=", "==", "===" and "====" ending each group: the groups yield two, one, three, three bytes.
+    for (std::size_t l_group = 0; l_group < l_valid.size(); l_group += 4) {
+        for (std::size_t l_count = 1; l_count <= 4; ++l_count) {
+            bytes l_text = l_valid;
+            std::fill_n(l_text.begin() + static_cast<std::ptrdiff_t>(l_group + 4 - l_count), l_count, '=');
+            expect_base64_decoders_agree(l_text);
+        }
+    }
+    // Padding that ends a long text, after whole vector blocks.
+    bytes const l_long = base64_encode(simd_level::scalar, random_bytes(l_random, 4096 + 1));
+    ASSERT_EQ(l_long.back(), '=');
+    expect_base64_decoders_agree(l_long);
+}
+
+TEST(codecs_simd, base64_text_of_foreign_characters_only_decodes_alike)
+{
+    std::mt19937 l_random(255u);
+    for (std::size_t const l_size : {std::size_t(4), std::size_t(64), std::size_t(256), std::size_t(1028)}) {
+        bytes l_text = random_bytes(l_random, l_size);
+        expect_base64_decoders_agree(l_text);
+        std::fill(l_text.begin(), l_text.end(), '=');
+        expect_base64_decoders_agree(l_text);
+    }
+}
+
+constexpr unsigned char k_hex_foreign[] = {'g', 'G', '/', ':', '@', '`', '\0', ' ', 'x', 0x80, 0xc1, 0xe6, 0xff};
+
+TEST(codecs_simd, hex_foreign_character_at_every_offset_decodes_alike)
+{
+    std::mt19937 l_random(16u);
+    for (std::size_t const l_size : {std::size_t(128), std::size_t(141)}) {
+        bytes const l_valid = hex_encode(simd_level::scalar, random_bytes(l_random, l_size));
+        for (std::size_t l_offset = 0; l_offset < l_valid.size(); ++l_offset) {
+            for (unsigned char const l_foreign : k_hex_foreign) {
+                bytes l_text = l_valid;
+                l_text[l_offset] = l_foreign;
+                expect_hex_decoders_agree(l_text);
+            }
+        }
+    }
+}
+
+TEST(codecs_simd, hex_digits_of_both_cases_and_every_byte_decode_alike)
+{
+    // Every pair of characters, so every byte value in both digit positions.
+    bytes l_text;
+    for (unsigned l_high = 0; l_high < 256; ++l_high) {
+        for (unsigned l_low = 0; l_low < 256; ++l_low) {
+            l_text.push_back(static_cast<unsigned char>(l_high));
+            l_text.push_back(static_cast<unsigned char>(l_low));
+        }
+    }
+    expect_hex_decoders_agree(l_text);
+    bytes const l_upper = {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'A', 'B', 'C', 'D', 'E', 'F'};
+    bytes l_repeated;
+    for (int l_round = 0; l_round < 16; ++l_round) {
+        l_repeated.insert(l_repeated.end(), l_upper.begin(), l_upper.end());
+    }
+    expect_hex_decoders_agree(l_repeated);
+    EXPECT_EQ(hex_decode(simd_level::avx2, l_repeated)[5], 0xab);
+}
+
+} // namespace
