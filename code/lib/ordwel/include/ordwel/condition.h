@@ -8,9 +8,9 @@ namespace ordwel {
 
 class timestamp;
 
-// A POSIX condition variable whose failures raise es::call. It holds no predicate and no mutex:
-// each wait names the mutex, which the caller holds, and holds it again on return. A wait that
-// returns true has only ended before its deadline; callers recheck their predicate.
+/// A POSIX condition variable whose failures raise es::call. It holds no predicate and no mutex:
+/// each wait names the mutex, which the caller holds, and holds it again on return. A wait that
+/// returns true has only ended before its deadline; callers recheck their predicate.
 class ORDWEL_API condition {
 public:
     condition();
@@ -23,10 +23,10 @@ public:
     void broadcast() const;
 
     void wait(mutex const &a_mutex) const;
-    // Waits at most a_duration from now (the clock is read once, at the start). false at the
-    // time-out.
+    /// Waits at most a_duration from now (the clock is read once, at the start). false at the
+    /// time-out.
     bool wait(mutex const &a_mutex, timestamp const &a_duration) const;
-    // Waits until the UTC moment a_deadline. false at the time-out, also for a moment in the past.
+    /// Waits until the UTC moment a_deadline. false at the time-out, also for a moment in the past.
     bool wait_abs(mutex const &a_mutex, timestamp const &a_deadline) const;
 
     static constexpr unsigned k_native_size = 64;

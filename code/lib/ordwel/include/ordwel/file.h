@@ -19,54 +19,54 @@
 
 namespace ordwel {
 
-// Flags of file::open. No flag (0) opens for reading only.
+/// Flags of file::open. No flag (0) opens for reading only.
 constexpr unsigned file_write = 0x001;
 constexpr unsigned file_read_write = 0x002;
-// Makes the file; an existing one is emptied.
+/// Makes the file; an existing one is emptied.
 constexpr unsigned file_create = 0x100;
-// Empties an existing file; fails when there is none.
+/// Empties an existing file; fails when there is none.
 constexpr unsigned file_truncate = 0x200;
-// Makes the file; fails when it exists.
+/// Makes the file; fails when it exists.
 constexpr unsigned file_exclusive = 0x400;
 
-// A handle over a platform file. The object owns a small record with the handle value, not the
-// platform's file: copies name the same open file, and neither a copy nor the destructor closes
-// it. Whoever opens a file calls close.
+/// A handle over a platform file. The object owns a small record with the handle value, not the
+/// platform's file: copies name the same open file, and neither a copy nor the destructor closes
+/// it. Whoever opens a file calls close.
 class ORDWEL_API file {
 public:
-    // Opens a_path unless it is empty: the default object is not open. A failed open raises
-    // es::file with the word "open" and the path.
+    /// Opens a_path unless it is empty: the default object is not open. A failed open raises
+    /// es::file with the word "open" and the path.
     explicit file(std::string const &a_path = std::string(), unsigned a_flags = 0, unsigned a_mode = 420);
-    // Wraps a handle number the caller has.
+    /// Wraps a handle number the caller has.
     explicit file(int a_handle);
     file(file const &a_other);
     file &operator=(file const &a_other);
     ~file();
 
-    // An empty path does nothing. A file open through this object is not closed first. a_mode
-    // gives the permission bits of a file made on a platform that has them.
+    /// An empty path does nothing. A file open through this object is not closed first. a_mode
+    /// gives the permission bits of a file made on a platform that has them.
     void open(std::string const &a_path, unsigned a_flags = 0, unsigned a_mode = 420);
-    // Closes unless closed or never opened, and marks the object closed.
+    /// Closes unless closed or never opened, and marks the object closed.
     void close();
     bool is_open() const;
-    // The low 32 bits of the handle value.
+    /// The low 32 bits of the handle value.
     int get_fd() const;
-    // Sign-extends a_handle into the handle value.
+    /// Sign-extends a_handle into the handle value.
     void set_fd(int a_handle);
 
-    // One platform read or write of the low 32 bits of a_size bytes; the count done (0 at the end
-    // of the file).
+    /// One platform read or write of the low 32 bits of a_size bytes; the count done (0 at the end
+    /// of the file).
     uint64 read(void *a_data, uint64 a_size);
     uint64 write(void const *a_data, uint64 a_size);
-    // a_offset is a two's-complement value; a_whence 0 (start), 1 (current) or 2 (end), anything
-    // else raises es::arg. Gives the new position.
+    /// a_offset is a two's-complement value; a_whence 0 (start), 1 (current) or 2 (end), anything
+    /// else raises es::arg. Gives the new position.
     uint64 seek(uint64 a_offset, int a_whence);
     uint64 tell();
     uint64 size();
-    // Nothing to do: the library's handles are never inherited by child processes.
+    /// Nothing to do: the library's handles are never inherited by child processes.
     void close_on_exec();
 
-    // A path that cannot be examined counts as hidden and as system.
+    /// A path that cannot be examined counts as hidden and as system.
     static bool is_hidden_file(std::string const &a_path);
     static bool is_system_file(std::string const &a_path);
     static bool is_alias(std::string const &a_path);
@@ -79,7 +79,7 @@ private:
     std::unique_ptr<record> m_record;
 };
 
-// Orders files by their signed get_fd values, so that file can key an ordered container.
+/// Orders files by their signed get_fd values, so that file can key an ordered container.
 class ORDWEL_API file_cmp {
 public:
     file_cmp() = default;
@@ -90,24 +90,24 @@ public:
 
 namespace fileutil {
 
-// One output byte per input byte: letters, digits and ! # % ( ) + - = @ [ ] stay, , . : ; become
-// '.', everything else '_'.
+/// One output byte per input byte: letters, digits and ! # % ( ) + - = @ [ ] stay, , . : ; become
+/// '.', everything else '_'.
 ORDWEL_API std::string create_safe_filename(std::string const &a_name);
-// The first a_count bytes of a file (fewer when the file is shorter).
+/// The first a_count bytes of a file (fewer when the file is shorter).
 ORDWEL_API void get_file_bytes(std::string const &a_path, uint64 a_count, buffer &a_bytes);
-// The whole file; the old content of the target is replaced.
+/// The whole file; the old content of the target is replaced.
 ORDWEL_API void get_file_content(std::string const &a_path, std::string &a_content);
 ORDWEL_API void get_file_content(std::string const &a_path, buffer &a_content);
 ORDWEL_API std::string string_with_file_content(std::string const &a_path);
-// Makes or empties the file and writes the bytes.
+/// Makes or empties the file and writes the bytes.
 ORDWEL_API void set_file_content(std::string const &a_path, std::string const &a_content);
 ORDWEL_API void set_file_content(std::string const &a_path, buffer const &a_content);
 ORDWEL_API void remove_file(std::string const &a_path);
 
 } // namespace fileutil
 
-// The user and group data bases. Windows has none: names are empty and numbers 0 there. Elsewhere
-// an unknown number gives the empty name and an unknown (or null) name gives -1.
+/// The user and group data bases. Windows has none: names are empty and numbers 0 there. Elsewhere
+/// an unknown number gives the empty name and an unknown (or null) name gives -1.
 ORDWEL_API std::string name_with_uid(int a_uid);
 ORDWEL_API std::string name_with_gid(int a_gid);
 ORDWEL_API int uid_with_name(char const *a_name);
@@ -117,22 +117,22 @@ ORDWEL_API int gid_with_name(char const *a_name);
 
 #if defined(_WIN32)
 
-// The directory walk of POSIX, over the Windows find calls. Do not include the C runtime's
-// <dirent.h> beside this header: it declares the same names.
+/// The directory walk of POSIX, over the Windows find calls. Do not include the C runtime's
+/// <dirent.h> beside this header: it declares the same names.
 struct DIR;
 
 struct dirent {
-    // The entry's name, NUL-terminated UTF-8.
+    /// The entry's name, NUL-terminated UTF-8.
     char d_name[260];
-    // The platform's attribute word of the entry.
+    /// The platform's attribute word of the entry.
     ordwel::uint32 d_attributes;
 };
 
-// Null when the directory cannot be listed.
+/// Null when the directory cannot be listed.
 ORDWEL_API DIR *opendir(char const *a_path);
-// The next entry ("." and ".." included), null at the end; good until the next readdir on a_dir.
+/// The next entry ("." and ".." included), null at the end; good until the next readdir on a_dir.
 ORDWEL_API dirent *readdir(DIR *a_dir);
-// Ends the walk and frees a_dir.
+/// Ends the walk and frees a_dir.
 ORDWEL_API void closedir(DIR *a_dir);
 
 #endif

@@ -10,22 +10,22 @@
 
 namespace ordwel {
 
-// A lock over a POSIX mutex whose failures raise es::call. Every operation but construction and
-// destruction is const, so a const reference is enough to use a lock. The name only fills the
-// messages of lock and unlock.
+/// A lock over a POSIX mutex whose failures raise es::call. Every operation but construction and
+/// destruction is const, so a const reference is enough to use a lock. The name only fills the
+/// messages of lock and unlock.
 class ORDWEL_API mutex {
 public:
-    // true builds a recursive mutex, false a default one.
+    /// true builds a recursive mutex, false a default one.
     explicit mutex(bool a_recursive = false);
-    // A named default mutex; there is no named recursive one.
+    /// A named default mutex; there is no named recursive one.
     explicit mutex(std::string const &a_name);
     ~mutex();
 
     mutex(mutex const &) = delete;
     mutex &operator=(mutex const &) = delete;
 
-    // lock and unlock call the platform inline, so that an uncontended lock costs what the
-    // platform's lock costs; only a failure leaves for the library.
+    /// lock and unlock call the platform inline, so that an uncontended lock costs what the
+    /// platform's lock costs; only a failure leaves for the library.
     void lock() const
     {
         int const l_result = pthread_mutex_lock(native());
@@ -33,7 +33,7 @@ public:
             lock_failed(l_result);
         }
     }
-    // true when taken, false when another thread holds it. Never blocks.
+    /// true when taken, false when another thread holds it. Never blocks.
     bool trylock() const;
     void unlock() const
     {
@@ -43,15 +43,15 @@ public:
         }
     }
 
-    // Room for the platform's mutex object, which lives here and not behind a pointer. The
-    // library checks at build time that the platform's object fits.
+    /// Room for the platform's mutex object, which lives here and not behind a pointer. The
+    /// library checks at build time that the platform's object fits.
     static constexpr unsigned k_native_size = 64;
 
 private:
     friend class condition;
 
     pthread_mutex_t *native() const noexcept { return std::launder(reinterpret_cast<pthread_mutex_t *>(m_native)); }
-    // Raise es::call with the text of a failed lock or unlock.
+    /// Raise es::call with the text of a failed lock or unlock.
     [[noreturn]] void lock_failed(int a_result) const;
     [[noreturn]] void unlock_failed(int a_result) const;
 
@@ -59,14 +59,14 @@ private:
     std::string m_name;
 };
 
-// The scope of the two mutex guards. The guards release (or retake) in their destructors; a
-// failure there raises, unless an exception is already on its way through the calling thread,
-// when it is dropped so that the process is not terminated.
+/// The scope of the two mutex guards. The guards release (or retake) in their destructors; a
+/// failure there raises, unless an exception is already on its way through the calling thread,
+/// when it is dropped so that the process is not terminated.
 struct ORDWEL_API scoped_mutex {
     scoped_mutex &operator=(scoped_mutex const &) { return *this; }
 
-    // Holds a mutex for a scope. Built with false, it adopts a mutex that the caller already
-    // holds; it unlocks at the end of the scope either way.
+    /// Holds a mutex for a scope. Built with false, it adopts a mutex that the caller already
+    /// holds; it unlocks at the end of the scope either way.
     class ORDWEL_API lock {
     public:
         explicit lock(mutex const &a_mutex, bool a_lock = true) : m_mutex(&a_mutex)
@@ -91,8 +91,8 @@ struct ORDWEL_API scoped_mutex {
         mutex const *m_mutex;
     };
 
-    // Gives a held mutex up for a scope. Built with false, the caller has already unlocked it;
-    // it locks again at the end of the scope either way.
+    /// Gives a held mutex up for a scope. Built with false, the caller has already unlocked it;
+    /// it locks again at the end of the scope either way.
     class ORDWEL_API unlock {
     public:
         explicit unlock(mutex const &a_mutex, bool a_unlock = true) : m_mutex(&a_mutex)
@@ -118,9 +118,9 @@ struct ORDWEL_API scoped_mutex {
     };
 
 private:
-    // Called in a handler: rethrows the failure of a guard's destructor, unless an exception is
-    // already on its way through the calling thread. The guards are inline so that they cost no
-    // more than the lock calls themselves.
+    /// Called in a handler: rethrows the failure of a guard's destructor, unless an exception is
+    /// already on its way through the calling thread. The guards are inline so that they cost no
+    /// more than the lock calls themselves.
     static void rethrow_unless_unwinding();
 };
 

@@ -14,10 +14,10 @@ namespace arg {
 
 class optparser;
 
-// The application's side of a command line: optparser::parse calls operator() once for each option
-// (with the words collected for it) and once for each word of no option (id 1, that word alone).
-// The result is the number of offered words used; words left over are scanned again as words of
-// their own. The result -1 stops the scan, and stopped_at() then tells which id stopped it.
+/// The application's side of a command line: optparser::parse calls operator() once for each option
+/// (with the words collected for it) and once for each word of no option (id 1, that word alone).
+/// The result is the number of offered words used; words left over are scanned again as words of
+/// their own. The result -1 stops the scan, and stopped_at() then tells which id stopped it.
 class ORDWEL_API opt_functor {
 public:
     opt_functor();
@@ -27,7 +27,7 @@ public:
 
     virtual int operator()(int a_id, std::vector<char const *> a_args) = 0;
 
-    // The id of the callback that stopped the scan, else 0.
+    /// The id of the callback that stopped the scan, else 0.
     int stopped_at() const;
 
 private:
@@ -35,20 +35,20 @@ private:
     int m_stopped_at;
 };
 
-// A command-line driver and help writer.
-//
-// Options are registered by id: an id that is a character code is also the option's short letter
-// (-x), a long name makes it --name, and a negative id with a name is a long-only option. The id 1
-// is reserved for words of no option. parse walks argv and calls the functor, which the parser
-// neither owns nor copies. Errors are "*** " lines on the standard error stream and a false result.
-//
-// The help half writes a help screen straight to standard output as each call is made: headings,
-// body text wrapped at the line width in eight-column indentation steps, option labels hanging to
-// the left of their description. On a terminal, emphasis is bright text; with redirected output,
-// plain text; after set_html_output, HTML. Descriptions may carry markup words between "!":
-// !S! and !SE! emphasis, !Q! and !QE! a double quotation mark, !SA! and !SAE! underline ("<" and
-// ">" in text), !SAA! and !SAAE! "<u>" and "</u>" in HTML only, !X! a "!", !LT! and !GT! the
-// texts "&lt;" and "&gt;".
+/// A command-line driver and help writer.
+///
+/// Options are registered by id: an id that is a character code is also the option's short letter
+/// (-x), a long name makes it --name, and a negative id with a name is a long-only option. The id 1
+/// is reserved for words of no option. parse walks argv and calls the functor, which the parser
+/// neither owns nor copies. Errors are "*** " lines on the standard error stream and a false result.
+///
+/// The help half writes a help screen straight to standard output as each call is made: headings,
+/// body text wrapped at the line width in eight-column indentation steps, option labels hanging to
+/// the left of their description. On a terminal, emphasis is bright text; with redirected output,
+/// plain text; after set_html_output, HTML. Descriptions may carry markup words between "!":
+/// !S! and !SE! emphasis, !Q! and !QE! a double quotation mark, !SA! and !SAE! underline ("<" and
+/// ">" in text), !SAA! and !SAAE! "<u>" and "</u>" in HTML only, !X! a "!", !LT! and !GT! the
+/// texts "&lt;" and "&gt;".
 class ORDWEL_API optparser {
 public:
     struct opt {
@@ -64,24 +64,24 @@ public:
     optparser &operator=(optparser const &a_other);
     ~optparser();
 
-    // Registers (or replaces) an option taking from a_min to a_max words; a_max below a_min counts
-    // as a_min, so (1, 0) means exactly one.
+    /// Registers (or replaces) an option taking from a_min to a_max words; a_max below a_min counts
+    /// as a_min, so (1, 0) means exactly one.
     void add_opt(int a_id, char const *a_name, unsigned int a_min, unsigned int a_max);
 
-    // Scans argv[1] to argv[a_argc - 1]. True when the scan ended or a callback stopped it; false
-    // after an error line. Besides --name, a long option may be written --name=v1,v2,... which is
-    // read as --name followed by the separate words v1, v2, ...; the words made this way live until
-    // the parser's next parse (one called from a callback aside) or its destruction.
+    /// Scans argv[1] to argv[a_argc - 1]. True when the scan ended or a callback stopped it; false
+    /// after an error line. Besides --name, a long option may be written --name=v1,v2,... which is
+    /// read as --name followed by the separate words v1, v2, ...; the words made this way live until
+    /// the parser's next parse (one called from a callback aside) or its destruction.
     bool parse(unsigned int a_argc, char **a_argv);
 
     // ---- help text ----
 
-    // A described option: its label (-x, --name or both) at level 4, then the wrapped text.
-    // An id that is not registered writes nothing.
+    /// A described option: its label (-x, --name or both) at level 4, then the wrapped text.
+    /// An id that is not registered writes nothing.
     void add_desc(int a_id, char const *a_text);
-    // Body text at the present indentation column.
+    /// Body text at the present indentation column.
     void add_desc(char const *a_text);
-    // Set the indentation level 1 to 5 (column 0, 8, 16, 24, 32) and write the heading, if any.
+    /// Set the indentation level 1 to 5 (column 0, 8, 16, 24, 32) and write the heading, if any.
     void add_desc_indent1(char const *a_heading);
     void add_desc_indent2(char const *a_heading);
     void add_desc_indent3(char const *a_heading);
@@ -97,7 +97,7 @@ public:
     void set_indentation(unsigned int a_level);
     unsigned int get_indentation() const;
     void set_text_line_width(unsigned int a_width);
-    // The terminal's width less 8; false (and no change) without a terminal.
+    /// The terminal's width less 8; false (and no change) without a terminal.
     bool set_max_text_line_width();
 
     void text_strong();
@@ -108,7 +108,7 @@ public:
     void set_html_output();
     bool is_html_output() const;
 
-    // Clears the terminal and puts the cursor at its top left; without a terminal, nothing.
+    /// Clears the terminal and puts the cursor at its top left; without a terminal, nothing.
     void clear_screen();
 
 private:
@@ -122,8 +122,8 @@ private:
 
     opt_functor *m_functor;
     opts m_opts;
-    // Words made from --name=v1,v2 forms; a deque, so the words already handed out never move.
-    // Cleared when an outermost parse starts: a parse called from a callback keeps its caller's.
+    /// Words made from --name=v1,v2 forms; a deque, so the words already handed out never move.
+    /// Cleared when an outermost parse starts: a parse called from a callback keeps its caller's.
     std::deque<std::string> m_split_words;
     unsigned int m_parse_depth;
 
@@ -132,7 +132,7 @@ private:
     uint32 m_column;
     bool m_html_output;
     bool m_no_console;
-    // The terminal as found at construction: an opaque handle, its size and its base attribute.
+    /// The terminal as found at construction: an opaque handle, its size and its base attribute.
     void *m_console;
     struct console_info {
         uint32 m_width;
@@ -146,8 +146,8 @@ private:
 // The callback classes of the "parseopt" self-test unit.
 namespace ordkin {
 
-// Counts its calls and uses every word it is offered; fails the running test case when an option
-// arrives with a word count outside its range, or a word of no option arrives not alone.
+/// Counts its calls and uses every word it is offered; fails the running test case when an option
+/// arrives with a word count outside its range, or a word of no option arrives not alone.
 struct ORDWEL_API functor : public arg::opt_functor {
     functor();
     functor(functor const &a_other);
@@ -158,8 +158,8 @@ struct ORDWEL_API functor : public arg::opt_functor {
     int m_count;
 };
 
-// Counts its calls, uses m_result words for id 101 and every offered word otherwise; fails when a
-// word of no option arrives not alone.
+/// Counts its calls, uses m_result words for id 101 and every offered word otherwise; fails when a
+/// word of no option arrives not alone.
 struct ORDWEL_API functor2 : public arg::opt_functor {
     functor2();
     functor2(functor2 const &a_other);

@@ -5,7 +5,7 @@
 
 namespace ordwel {
 
-// A POSIX reader-writer lock whose failures raise es::call. One unlock gives back either kind.
+/// A POSIX reader-writer lock whose failures raise es::call. One unlock gives back either kind.
 class ORDWEL_API rwlock {
 public:
     rwlock();
@@ -16,7 +16,7 @@ public:
 
     void lock_rd() const;
     void lock_wr() const;
-    // true when taken, false when the lock is busy.
+    /// true when taken, false when the lock is busy.
     bool trylock_rd() const;
     bool trylock_wr() const;
     void unlock() const;
@@ -27,17 +27,17 @@ private:
     alignas(8) mutable unsigned char m_native[k_native_size];
 };
 
-// Guards over an rwlock, after the manner of scoped_mutex::lock. scoped_rdlock and scoped_wrlock
-// take the read or write lock (built with false they adopt a lock that the caller holds) and give
-// it back at the end of the scope. scoped_rwlock takes the kind that its flag names. A failure in
-// a destructor raises, unless an exception is already on its way through the calling thread; it is
-// dropped then.
+/// Guards over an rwlock, after the manner of scoped_mutex::lock. scoped_rdlock and scoped_wrlock
+/// take the read or write lock (built with false they adopt a lock that the caller holds) and give
+/// it back at the end of the scope. scoped_rwlock takes the kind that its flag names. A failure in
+/// a destructor raises, unless an exception is already on its way through the calling thread; it is
+/// dropped then.
 struct ORDWEL_API scoped_rdlock {
     explicit scoped_rdlock(rwlock const &a_lock, bool a_take = true);
     ~scoped_rdlock() noexcept(false);
 
     scoped_rdlock(scoped_rdlock const &) = delete;
-    // Does nothing: a guard stays with the lock it was built on.
+    /// Does nothing: a guard stays with the lock it was built on.
     scoped_rdlock &operator=(scoped_rdlock const &) { return *this; }
 
 private:
@@ -56,7 +56,7 @@ private:
 };
 
 struct ORDWEL_API scoped_rwlock {
-    // true takes the write lock, false the read lock.
+    /// true takes the write lock, false the read lock.
     scoped_rwlock(rwlock const &a_lock, bool a_write);
     ~scoped_rwlock() noexcept(false);
 

@@ -5,12 +5,12 @@
 
 namespace ordwel {
 
-// What a thread runs. terminate() asks a running body to stop; it is called from another thread
-// while the body runs, so a derived class makes it safe for that.
+/// What a thread runs. terminate() asks a running body to stop; it is called from another thread
+/// while the body runs, so a derived class makes it safe for that.
 class ORDWEL_API thread_base {
 public:
     thread_base() = default;
-    // Copying a body copies nothing of the base.
+    /// Copying a body copies nothing of the base.
     thread_base(thread_base const &) {}
     thread_base &operator=(thread_base const &) { return *this; }
     virtual ~thread_base();
@@ -19,10 +19,10 @@ public:
     virtual void operator()() = 0;
 };
 
-// A handle over a POSIX thread. The body belongs to the caller and must outlive the thread. When
-// the handle goes (or starts another body) it stops its thread: terminate() on the body, a
-// cancellation as well while an exception unwinds the caller, and a join. An exception that leaves
-// a body ends the process with a message.
+/// A handle over a POSIX thread. The body belongs to the caller and must outlive the thread. When
+/// the handle goes (or starts another body) it stops its thread: terminate() on the body, a
+/// cancellation as well while an exception unwinds the caller, and a join. An exception that leaves
+/// a body ends the process with a message.
 class ORDWEL_API thread {
 public:
     thread();
@@ -33,12 +33,12 @@ public:
     thread &operator=(thread const &) = delete;
 
     void start(thread_base &a_body);
-    // Waits for the thread to end by itself and clears the handle. From the thread itself it does
-    // nothing; on a detached thread it raises, since that thread can no longer be joined.
+    /// Waits for the thread to end by itself and clears the handle. From the thread itself it does
+    /// nothing; on a detached thread it raises, since that thread can no longer be joined.
     void join();
-    // The thread runs on unjoined; the handle still calls terminate() on the body when it goes.
+    /// The thread runs on unjoined; the handle still calls terminate() on the body when it goes.
     void detach();
-    // cancel and signal raise on a detached thread: it may have ended, and its handle with it.
+    /// cancel and signal raise on a detached thread: it may have ended, and its handle with it.
     void cancel();
     void signal(int a_signal);
 

@@ -24,19 +24,19 @@ namespace ordwel {
 
 // --- plid ----------------------------------------------------------------------------------------
 
-// "plid:"
+/// "plid:"
 ORDWEL_API std::string plid_new();
 
-// A field whose '/' in front is missing reads empty. A '/' behind the version and whatever follows
-// a '#' belong to no field.
+/// A field whose '/' in front is missing reads empty. A '/' behind the version and whatever follows
+/// a '#' belong to no field.
 ORDWEL_API std::string plid_category(std::string const &a_plid);
 ORDWEL_API std::string plid_type(std::string const &a_plid);
 ORDWEL_API std::string plid_key(std::string const &a_plid, bool a_decode);
 ORDWEL_API std::string plid_version(std::string const &a_plid);
 
-// Setting a field that isn't there yet first adds the '/' it needs ("plid:cat" with version "V"
-// gives "plid:cat///V"). Values are written as given, so a '/' in them divides fields; only the key
-// may be encoded, which makes any text a key.
+/// Setting a field that isn't there yet first adds the '/' it needs ("plid:cat" with version "V"
+/// gives "plid:cat///V"). Values are written as given, so a '/' in them divides fields; only the key
+/// may be encoded, which makes any text a key.
 ORDWEL_API std::string &plid_set_category(std::string &a_plid, std::string const &a_value);
 ORDWEL_API std::string &plid_set_type(std::string &a_plid, std::string const &a_value);
 ORDWEL_API std::string &plid_set_key(std::string &a_plid, std::string const &a_value, bool a_encode);
@@ -48,15 +48,15 @@ ORDWEL_API std::string plid_new_version(std::string const &a_plid, std::string c
 
 // --- Scheme words ----------------------------------------------------------------------------------
 
-// The scheme words "egid", "wtid", "port", "graph" and "workflow", alive for the library's whole
-// life and safe to read from any thread.
+/// The scheme words "egid", "wtid", "port", "graph" and "workflow", alive for the library's whole
+/// life and safe to read from any thread.
 ORDWEL_API std::string const &egid_scheme();
 ORDWEL_API std::string const &wtid_scheme();
 ORDWEL_API std::string const &port_scheme();
 ORDWEL_API std::string const &graph_scheme();
 ORDWEL_API std::string const &workflow_scheme();
 
-// The scheme word and a ':'.
+/// The scheme word and a ':'.
 ORDWEL_API std::string egid_new();
 ORDWEL_API std::string wtid_new();
 ORDWEL_API std::string port_new();
