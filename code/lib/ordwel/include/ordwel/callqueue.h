@@ -28,12 +28,15 @@ enum e_callqueue_flag : unsigned {
 /// ptr_refcount<callqueue_object>; a queued call stays alive while it waits and while it runs.
 class ORDWEL_API callqueue_object : public object_refcount {
 public:
+    /// A call with no id yet.
     callqueue_object();
+    /// Runs when the last reference goes.
     ~callqueue_object() override;
 
     callqueue_object(callqueue_object const &) = delete;
     callqueue_object &operator=(callqueue_object const &) = delete;
 
+    /// The call's body, run on the queue's owner thread.
     virtual void operator()() = 0;
 
 private:
@@ -62,6 +65,7 @@ public:
     /// owner before other threads use the queue.
     static callqueue &instance();
 
+    /// Lives to the end of the process; pending calls are dropped unrun.
     ~callqueue();
 
     callqueue(callqueue const &) = delete;
@@ -80,7 +84,8 @@ public:
     /// Owner only: closes the queue to new calls and runs the exit calls. Pending calls stay for a
     /// later run().
     void exit();
-    bool exited() const;
+    /// Whether exit() has begun: the queue takes no more calls.
+    [[nodiscard]] bool exited() const;
 
 private:
     /// A pending call. A blocking caller waits until the owner has set its mark, which the two

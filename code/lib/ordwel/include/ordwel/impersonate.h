@@ -17,8 +17,10 @@ public:
     /// Nothing to log on to: logon and logoff do nothing until set_url.
     impersonate_user();
     /// Copies share the platform's logon token.
+    ///@{
     impersonate_user(impersonate_user const &a_other);
     impersonate_user &operator=(impersonate_user const &a_other);
+    ///@}
     /// Neither logs off nor releases the token.
     ~impersonate_user();
 
@@ -47,7 +49,10 @@ private:
 /// Logs on for a scope: logon in the constructor (a failure leaves no guard), logoff at its end.
 class ORDWEL_API scoped_impersonate_user {
 public:
+    /// Calls logon on a_user, which must outlive the guard.
     explicit scoped_impersonate_user(impersonate_user &a_user);
+    /// Calls logoff. A failure raises, unless an exception is already on its way through the
+    /// calling thread: then it is dropped.
     ~scoped_impersonate_user() noexcept(false);
 
     scoped_impersonate_user(scoped_impersonate_user const &) = delete;
@@ -59,11 +64,11 @@ private:
 
 /// The outbound credentials that the calling thread acts with, for the library's network users.
 struct impersonate_credentials {
-    std::string url;
-    std::string host;
-    std::string user;
-    std::string domain;
-    std::string password;
+    std::string url;      ///< The URL the credentials were taken from.
+    std::string host;     ///< The host to connect to.
+    std::string user;     ///< The user's name, without the domain.
+    std::string domain;   ///< The user's domain; empty when the URL names none.
+    std::string password; ///< The user's password.
     /// The logon token that the impersonation was copied from: one per logon, shared by copies.
     std::intptr_t token = 0;
 };

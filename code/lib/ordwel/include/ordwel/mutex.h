@@ -19,13 +19,16 @@ public:
     explicit mutex(bool a_recursive = false);
     /// A named default mutex; there is no named recursive one.
     explicit mutex(std::string const &a_name);
+    /// Frees the mutex, which nobody holds.
     ~mutex();
 
     mutex(mutex const &) = delete;
     mutex &operator=(mutex const &) = delete;
 
-    /// lock and unlock call the platform inline, so that an uncontended lock costs what the
-    /// platform's lock costs; only a failure leaves for the library.
+    /// Takes the mutex, blocking while another thread holds it; raises es::call when the platform
+    /// refuses (a default mutex taken twice by one thread may deadlock instead). lock and unlock
+    /// call the platform inline, so that an uncontended lock costs what the platform's lock costs;
+    /// only a failure leaves for the library.
     void lock() const
     {
         int const l_result = pthread_mutex_lock(native());
@@ -35,6 +38,7 @@ public:
     }
     /// true when taken, false when another thread holds it. Never blocks.
     bool trylock() const;
+    /// Gives back the mutex the caller holds; raises es::call when the platform refuses.
     void unlock() const
     {
         int const l_result = pthread_mutex_unlock(native());
@@ -63,18 +67,21 @@ private:
 /// failure there raises, unless an exception is already on its way through the calling thread,
 /// when it is dropped so that the process is not terminated.
 struct ORDWEL_API scoped_mutex {
+    /// Does nothing: the scope holds no state.
     scoped_mutex &operator=(scoped_mutex const &) { return *this; }
 
     /// Holds a mutex for a scope. Built with false, it adopts a mutex that the caller already
     /// holds; it unlocks at the end of the scope either way.
     class ORDWEL_API lock {
     public:
+        /// Locks a_mutex, unless a_lock is false: then the caller holds it already.
         explicit lock(mutex const &a_mutex, bool a_lock = true) : m_mutex(&a_mutex)
         {
             if (a_lock) {
                 m_mutex->lock();
             }
         }
+        /// Unlocks the mutex.
         ~lock() noexcept(false)
         {
             try {
@@ -95,12 +102,14 @@ struct ORDWEL_API scoped_mutex {
     /// it locks again at the end of the scope either way.
     class ORDWEL_API unlock {
     public:
+        /// Unlocks a_mutex, unless a_unlock is false: then the caller has unlocked it already.
         explicit unlock(mutex const &a_mutex, bool a_unlock = true) : m_mutex(&a_mutex)
         {
             if (a_unlock) {
                 m_mutex->unlock();
             }
         }
+        /// Locks the mutex again.
         ~unlock() noexcept(false)
         {
             try {

@@ -16,16 +16,21 @@ class timestamp;
 /// count wraps at the ends of the 32-bit range instead of overflowing.
 class ORDWEL_API semaphore {
 public:
+    /// A semaphore whose count starts at a_value.
     explicit semaphore(int a_value = 0);
+    /// Frees the semaphore, which nobody waits on.
     ~semaphore();
 
     semaphore(semaphore const &) = delete;
     semaphore &operator=(semaphore const &) = delete;
 
-    mutex const &get_mutex() const { return m_mutex; }
-    condition const &get_condition() const { return m_condition; }
+    /// The mutex that guards the count, and the condition that waiters wait on.
+    ///@{
+    [[nodiscard]] mutex const &get_mutex() const { return m_mutex; }
+    [[nodiscard]] condition const &get_condition() const { return m_condition; }
+    ///@}
     /// A snapshot of the count, read without the mutex.
-    int get_value() const;
+    [[nodiscard]] int get_value() const;
 
     /// Adds 1 and wakes one waiter.
     void post();
@@ -36,11 +41,13 @@ public:
 
     /// Takes one unit without blocking. false also when another thread holds the mutex.
     bool trywait();
+    /// Waits until the count is 1 or more and takes one unit.
     void wait();
-    /// Waits at most a_duration from now; the time spent waiting for the mutex counts.
+    /// Waits at most a_duration from now; the time spent waiting for the mutex counts. true when a
+    /// unit was taken, false at the time-out.
     bool wait(timestamp const &a_duration);
     /// Waits until the UTC moment a_deadline. A count of 1 or more takes the unit without looking
-    /// at the clock.
+    /// at the clock. true when a unit was taken, false at the time-out.
     bool wait_abs(timestamp const &a_deadline);
 
 private:
