@@ -109,10 +109,10 @@ public:
     /// The logical position: the source's position minus the bytes not yet consumed.
     [[nodiscard]] uint64 tell() const;
 
-    /// Typed items of 1, 2, 4 or 8 bytes (unsigned char, integers, floating-point numbers) in big-endian
-    /// (be) or little-endian (le) order. read gives the item at the cursor and moves past it; peek
-    /// gives it and leaves the cursor. No alignment is applied. Raise es::uflow when the source
-    /// ends before the item.
+    /// Typed items of 1, 2, 4 or 8 bytes (unsigned char, integers, floating-point numbers) in
+    /// big-endian (be) or little-endian (le) order. read gives the item at the cursor and moves past
+    /// it; peek gives it and leaves the cursor. No alignment is applied. Raise es::uflow when the
+    /// source ends before the item.
     ///@{
     uint8 read_u8() const { return *read_at(1); }
     [[nodiscard]] uint8 peek_u8() const { return *peek_at(1); }
@@ -197,8 +197,9 @@ public:
     /// The sink's position plus the bytes in the block.
     [[nodiscard]] uint64 tell() const;
 
-    /// Typed items: appends a_value, an item of 1, 2, 4 or 8 bytes (unsigned char, integer, floating-point
-    /// number), in big-endian (be) or little-endian (le) order. No alignment is applied.
+    /// Typed items: appends a_value, an item of 1, 2, 4 or 8 bytes (unsigned char, integer,
+    /// floating-point number), in big-endian (be) or little-endian (le) order. No alignment is
+    /// applied.
     ///@{
     void write_u8(uint8 a_value) { *write_at(1) = a_value; }
     template <class T> void write_be(T a_value) { order::store_be<T>(write_at(item_size<T>()), a_value); }

@@ -196,15 +196,17 @@ ORDWEL_API int execute_command(std::string const &a_command, std::string &a_outp
 
 /// The version that an extended version record names (a_server_r2: what GetSystemMetrics(SM_SERVERR2)
 /// gives); os_version_windows when no row of the version table matches.
-[[nodiscard]] ORDWEL_API os_version os_version_with_version_info(os_version_info const &a_info, system_info const &a_system,
-                                                   int a_server_r2);
+[[nodiscard]] ORDWEL_API os_version os_version_with_version_info(os_version_info const &a_info,
+                                                                 system_info const &a_system, int a_server_r2);
 /// The version that the registry's product type text names, for a plain (not extended) record.
-[[nodiscard]] ORDWEL_API os_version os_version_with_product_type(std::string const &a_product_type, uint32 a_major, uint32 a_minor);
+[[nodiscard]] ORDWEL_API os_version os_version_with_product_type(std::string const &a_product_type, uint32 a_major,
+                                                                 uint32 a_minor);
 /// "major.minor (build)" from a GetVersion word.
 [[nodiscard]] ORDWEL_API std::string kernel_version_with_word(uint32 a_word);
 /// The busy share of the span between two samples of idle, kernel (idle included) and user time.
-[[nodiscard]] ORDWEL_API double cpu_utilization_with_times(uint64 a_idle, uint64 a_kernel, uint64 a_user, uint64 a_previous_idle,
-                                             uint64 a_previous_kernel, uint64 a_previous_user);
+[[nodiscard]] ORDWEL_API double cpu_utilization_with_times(uint64 a_idle, uint64 a_kernel, uint64 a_user,
+                                                           uint64 a_previous_idle, uint64 a_previous_kernel,
+                                                           uint64 a_previous_user);
 /// The volume root of a backslashed path: its first piece and a backslash ("C:\a" gives "C:\").
 [[nodiscard]] ORDWEL_API std::string volume_root_with_path(std::string const &a_path);
 /// Whether a file-system name is one of the platform's own: exactly "NTFS" or "FAT" on Windows,

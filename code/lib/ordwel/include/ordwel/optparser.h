@@ -20,15 +20,22 @@ class optparser;
 /// their own. The result -1 stops the scan, and stopped_at() then tells which id stopped it.
 class ORDWEL_API opt_functor {
 public:
+    /// A callback that has not stopped a scan.
     opt_functor();
+    /// Copy which id stopped a scan.
+    ///@{
     opt_functor(opt_functor const &a_other);
     opt_functor &operator=(opt_functor const &a_other);
+    ///@}
+    /// Destroyed by its owner, never by a parser.
     virtual ~opt_functor();
 
+    /// Called with the option's id (1 for a word of no option) and the words offered to it, which
+    /// point into argv. Gives the number of words used, or -1 to stop the scan.
     virtual int operator()(int a_id, std::vector<char const *> a_args) = 0;
 
     /// The id of the callback that stopped the scan, else 0.
-    int stopped_at() const;
+    [[nodiscard]] int stopped_at() const;
 
 private:
     friend class optparser;
@@ -51,17 +58,25 @@ private:
 /// texts "&lt;" and "&gt;".
 class ORDWEL_API optparser {
 public:
+    /// A registered option.
     struct opt {
-        uint32 m_min;
-        uint32 m_max;
-        // Not copied: the text must outlive the parser.
+        uint32 m_min; ///< The words that must follow the option.
+        uint32 m_max; ///< The words that may follow the option; never below m_min.
+        /// The long name, or null for none. Not copied: the text must outlive the parser.
         char const *m_name;
     };
+    /// The option table, by id.
     using opts = std::map<int, opt>;
 
+    /// An empty option table over a_functor, which the parser neither owns nor copies. Looks for a
+    /// terminal on standard output once, here.
     explicit optparser(opt_functor *a_functor);
+    /// Copy the option table and the help state; the copy shares the functor.
+    ///@{
     optparser(optparser const &a_other);
     optparser &operator=(optparser const &a_other);
+    ///@}
+    /// Leaves the functor as it is.
     ~optparser();
 
     /// Registers (or replaces) an option taking from a_min to a_max words; a_max below a_min counts
@@ -81,32 +96,54 @@ public:
     void add_desc(int a_id, char const *a_text);
     /// Body text at the present indentation column.
     void add_desc(char const *a_text);
-    /// Set the indentation level 1 to 5 (column 0, 8, 16, 24, 32) and write the heading, if any.
+    /// Set the indentation level 1 to 5 (column 0, 8, 16, 24, 32) and write the heading, if any
+    /// (null sets the level alone).
+    ///@{
     void add_desc_indent1(char const *a_heading);
     void add_desc_indent2(char const *a_heading);
     void add_desc_indent3(char const *a_heading);
     void add_desc_indent4(char const *a_heading);
     void add_desc_indent5(char const *a_heading);
+    ///@}
+    /// Ends the line, as new_line.
     void add_desc_paragraph();
+    /// An underlined heading in HTML form ("<h3>" or "<h4>", then "<u>" a_text "</u>") at the
+    /// present column, written the same in every output mode; the level stays.
+    ///@{
     void add_html_underline_h3(char const *a_text);
     void add_html_underline_h4(char const *a_text);
+    ///@}
 
+    /// Writes a_text as it is, with no wrapping or markup; in HTML, "<", ">" and "&" are escaped.
     void print(std::string const &a_text);
+    /// Ends the line.
     void new_line();
 
+    /// Sets the indentation level: 0 and 1 give column 0, any higher level n column 8n - 8.
     void set_indentation(unsigned int a_level);
-    unsigned int get_indentation() const;
+    /// The indentation level.
+    [[nodiscard]] unsigned int get_indentation() const;
+    /// Sets the last column that wrapped text may reach (80 at first); any value is taken.
     void set_text_line_width(unsigned int a_width);
     /// The terminal's width less 8; false (and no change) without a terminal.
     bool set_max_text_line_width();
 
+    /// Emphasis on and off: bright text on a terminal, "<strong>" and "</strong>" in HTML, nothing
+    /// with redirected output.
+    ///@{
     void text_strong();
     void text_strong_off();
+    ///@}
+    /// Underline on and off: "<u>" and "</u>" in HTML, "<" and ">" otherwise.
+    ///@{
     void text_underline();
     void text_underline_off();
+    ///@}
 
+    /// Writes HTML from now on, for good.
     void set_html_output();
-    bool is_html_output() const;
+    /// Whether set_html_output was called.
+    [[nodiscard]] bool is_html_output() const;
 
     /// Clears the terminal and puts the cursor at its top left; without a terminal, nothing.
     void clear_screen();
@@ -149,26 +186,36 @@ namespace ordkin {
 /// Counts its calls and uses every word it is offered; fails the running test case when an option
 /// arrives with a word count outside its range, or a word of no option arrives not alone.
 struct ORDWEL_API functor : public arg::opt_functor {
+    /// No calls counted.
     functor();
+    /// Copy the count.
+    ///@{
     functor(functor const &a_other);
     functor &operator=(functor const &a_other);
+    ///@}
     ~functor() override;
+    /// Counts the call, checks it and gives the number of words offered.
     int operator()(int a_id, std::vector<char const *> a_args) override;
 
-    int m_count;
+    int m_count; ///< The calls so far.
 };
 
 /// Counts its calls, uses m_result words for id 101 and every offered word otherwise; fails when a
 /// word of no option arrives not alone.
 struct ORDWEL_API functor2 : public arg::opt_functor {
+    /// No calls counted, result 0.
     functor2();
+    /// Copy the result and the count.
+    ///@{
     functor2(functor2 const &a_other);
     functor2 &operator=(functor2 const &a_other);
+    ///@}
     ~functor2() override;
+    /// Counts the call, checks it and gives m_result for id 101, else the number of words offered.
     int operator()(int a_id, std::vector<char const *> a_args) override;
 
-    int m_result;
-    int m_count;
+    int m_result; ///< What a call for id 101 gives.
+    int m_count;  ///< The calls so far.
 };
 
 } // namespace ordkin

@@ -126,7 +126,8 @@ private:
 /// The child's command line: the program in double quotes with each backslash doubled, a blank,
 /// then each argument followed by one blank. Arguments are neither quoted nor escaped, so one
 /// with a blank reaches the child as two.
-[[nodiscard]] ORDWEL_API std::string command_line_with_args(std::string const &a_program, std::vector<std::string> const &a_args);
+[[nodiscard]] ORDWEL_API std::string command_line_with_args(std::string const &a_program,
+                                                            std::vector<std::string> const &a_args);
 
 /// The child's environment block: "key=value" entries with their NULs, in key order, and one more
 /// NUL to close it; an entry with an empty key or value is left out. An empty a_block (the map was

@@ -27,8 +27,8 @@ namespace ordwel {
 /// "plid:"
 [[nodiscard]] ORDWEL_API std::string plid_new();
 
-/// The fields of a plid; the key decoded when a_decode is set. A field whose '/' in front is missing reads empty. A '/' behind the version and whatever follows
-/// a '#' belong to no field.
+/// The fields of a plid; the key decoded when a_decode is set. A field whose '/' in front is
+/// missing reads empty. A '/' behind the version and whatever follows a '#' belong to no field.
 ///@{
 [[nodiscard]] ORDWEL_API std::string plid_category(std::string const &a_plid);
 [[nodiscard]] ORDWEL_API std::string plid_type(std::string const &a_plid);
