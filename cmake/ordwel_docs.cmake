@@ -1,6 +1,7 @@
 # The API reference: `cmake --build <dir> --target docs` runs Doxygen over the public headers, with
 # the README as the main page, into <dir>/docs/html. Every public declaration is documented at its
-# declaration, and a warning fails the target. Without Doxygen there is no docs target.
+# declaration, and a warning fails the target. Without Doxygen there is no docs target. A member
+# group (///@{ ... ///@}) shares the comment in front of it with every member.
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
   return()
