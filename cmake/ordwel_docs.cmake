@@ -1,6 +1,7 @@
 # The API reference: `cmake --build <dir> --target docs` runs Doxygen over the public headers, with
 # the README as the main page, into <dir>/docs/html. Every public declaration is documented at its
-# declaration, and a warning fails the target. Without Doxygen there is no docs target.
+# declaration, and a warning fails the target. Without Doxygen there is no docs target. A member
+# group (///@{ ... ///@}) shares the comment in front of it with every member.
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
   return()
@@ -23,6 +24,7 @@ set(DOXYGEN_GENERATE_LATEX NO)
 set(DOXYGEN_MACRO_EXPANSION YES)
 set(DOXYGEN_PREDEFINED "ORDWEL_API=" "ORDWEL_PRINTF_FORMAT(a,b)=")
 set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+set(DOXYGEN_DISTRIBUTE_GROUP_DOC YES)
 doxygen_add_docs(docs
   "${PROJECT_SOURCE_DIR}/code/lib/ordwel/include/ordwel" "${PROJECT_BINARY_DIR}/include/ordwel/version.h"
   "${PROJECT_SOURCE_DIR}/README.md"

@@ -14,26 +14,29 @@
 
 namespace ordwel {
 
-// The flags of callqueue::add_call and add_exit_call. Other bits are ignored.
+/// The flags of callqueue::add_call and add_exit_call. Other bits are ignored.
 enum e_callqueue_flag : unsigned {
-    // Admit a call with this id only once in the life of the queue.
+    /// Admit a call with this id only once in the life of the queue.
     callqueue_unique = 2,
-    // From a thread other than the owner: return only when the call has run.
+    /// From a thread other than the owner: return only when the call has run.
     callqueue_blocking = 4,
-    // From the owner: queue the call instead of running it on the spot.
+    /// From the owner: queue the call instead of running it on the spot.
     callqueue_deferred = 8
 };
 
-// A call handed to the callqueue: a derived class gives operator() its body. Held through
-// ptr_refcount<callqueue_object>; a queued call stays alive while it waits and while it runs.
+/// A call handed to the callqueue: a derived class gives operator() its body. Held through
+/// ptr_refcount<callqueue_object>; a queued call stays alive while it waits and while it runs.
 class ORDWEL_API callqueue_object : public object_refcount {
 public:
+    /// A call with no id yet.
     callqueue_object();
+    /// Runs when the last reference goes.
     ~callqueue_object() override;
 
     callqueue_object(callqueue_object const &) = delete;
     callqueue_object &operator=(callqueue_object const &) = delete;
 
+    /// The call's body, run on the queue's owner thread.
     virtual void operator()() = 0;
 
 private:
@@ -53,38 +56,40 @@ private:
 
 extern template class ORDWEL_API ptr_refcount<callqueue_object>;
 
-// The process's one queue of calls to one thread, the owner: the thread that first called
-// instance(). Any thread adds calls; the owner alone runs them, in order of arrival, whenever it
-// calls run(), and ends the queue with exit(), which runs the exit calls.
+/// The process's one queue of calls to one thread, the owner: the thread that first called
+/// instance(). Any thread adds calls; the owner alone runs them, in order of arrival, whenever it
+/// calls run(), and ends the queue with exit(), which runs the exit calls.
 class ORDWEL_API callqueue {
 public:
-    // The queue, built on first use; the first caller becomes the owner. Call it once on the
-    // owner before other threads use the queue.
+    /// The queue, built on first use; the first caller becomes the owner. Call it once on the
+    /// owner before other threads use the queue.
     static callqueue &instance();
 
+    /// Lives to the end of the process; pending calls are dropped unrun.
     ~callqueue();
 
     callqueue(callqueue const &) = delete;
     callqueue &operator=(callqueue const &) = delete;
 
-    // Hands a call over; see e_callqueue_flag. On the owner a call without callqueue_deferred runs
-    // at once, and its exception reaches the caller. Raises es::call once exit() has begun, and
-    // es::null for a null call.
+    /// Hands a call over; see e_callqueue_flag. On the owner a call without callqueue_deferred runs
+    /// at once, and its exception reaches the caller. Raises es::call once exit() has begun, and
+    /// es::null for a null call.
     void add_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags);
-    // Adds a call for exit() to run; only callqueue_unique counts among the flags.
+    /// Adds a call for exit() to run; only callqueue_unique counts among the flags.
     void add_exit_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags);
 
-    // Owner only: runs the calls pending at this moment. Calls added meanwhile wait for the next
-    // run. An exception of a call is dropped, and the remaining calls run.
+    /// Owner only: runs the calls pending at this moment. Calls added meanwhile wait for the next
+    /// run. An exception of a call is dropped, and the remaining calls run.
     void run();
-    // Owner only: closes the queue to new calls and runs the exit calls. Pending calls stay for a
-    // later run().
+    /// Owner only: closes the queue to new calls and runs the exit calls. Pending calls stay for a
+    /// later run().
     void exit();
-    bool exited() const;
+    /// Whether exit() has begun: the queue takes no more calls.
+    [[nodiscard]] bool exited() const;
 
 private:
-    // A pending call. A blocking caller waits until the owner has set its mark, which the two
-    // share, so that neither a spurious wake-up nor another run of the same object ends the wait.
+    /// A pending call. A blocking caller waits until the owner has set its mark, which the two
+    /// share, so that neither a spurious wake-up nor another run of the same object ends the wait.
     struct pending {
         ptr_refcount<callqueue_object> m_call;
         std::shared_ptr<bool> m_ended;
@@ -100,9 +105,9 @@ private:
     bool m_exited;
     mutex m_exited_mutex;
     std::set<std::string> m_unique_ids;
-    // The owner's alone: the objects whose calls run further up its stack. A call that drains the
-    // queue itself may meet its own object again in the nested run; the owner holds that object's
-    // mutex already and must not take it a second time.
+    /// The owner's alone: the objects whose calls run further up its stack. A call that drains the
+    /// queue itself may meet its own object again in the nested run; the owner holds that object's
+    /// mutex already and must not take it a second time.
     std::vector<callqueue_object const *> m_running;
 };
 

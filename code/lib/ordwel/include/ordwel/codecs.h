@@ -23,28 +23,40 @@ namespace ordwel {
 // The buffer results start as a default buffer (capacity 1024 or more). The string results hold
 // the same bytes, zero bytes included.
 
-ORDWEL_API buffer buffer_encode_base64(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API std::string string_encode_base64(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API buffer buffer_decode_base64(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API std::string string_decode_base64(unsigned char const *a_bytes, uint64 a_size);
+/// Base64 of the a_size bytes at a_bytes, as a buffer or a string, and the bytes that Base64 text
+/// stands for. Decoding raises es::arg when a_size is no multiple of 4.
+///@{
+[[nodiscard]] ORDWEL_API buffer buffer_encode_base64(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API std::string string_encode_base64(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API buffer buffer_decode_base64(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API std::string string_decode_base64(unsigned char const *a_bytes, uint64 a_size);
+///@}
 
-ORDWEL_API buffer buffer_encode_hex(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API buffer buffer_encode_hex(char const *a_text, uint64 a_size);
-ORDWEL_API buffer buffer_encode_hex(buffer const &a_bytes);
-ORDWEL_API buffer buffer_encode_hex(std::string const &a_text);
-ORDWEL_API std::string string_encode_hex(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API std::string string_encode_hex(char const *a_text, uint64 a_size);
-ORDWEL_API std::string string_encode_hex(buffer const &a_bytes);
-ORDWEL_API std::string string_encode_hex(std::string const &a_text);
+/// Hex of bytes (a pointer and a size, a buffer, or the characters of a text), as a buffer or a
+/// string.
+///@{
+[[nodiscard]] ORDWEL_API buffer buffer_encode_hex(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API buffer buffer_encode_hex(char const *a_text, uint64 a_size);
+[[nodiscard]] ORDWEL_API buffer buffer_encode_hex(buffer const &a_bytes);
+[[nodiscard]] ORDWEL_API buffer buffer_encode_hex(std::string const &a_text);
+[[nodiscard]] ORDWEL_API std::string string_encode_hex(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API std::string string_encode_hex(char const *a_text, uint64 a_size);
+[[nodiscard]] ORDWEL_API std::string string_encode_hex(buffer const &a_bytes);
+[[nodiscard]] ORDWEL_API std::string string_encode_hex(std::string const &a_text);
+///@}
 
-ORDWEL_API buffer buffer_decode_hex(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API buffer buffer_decode_hex(char const *a_text, uint64 a_size);
-ORDWEL_API buffer buffer_decode_hex(buffer const &a_bytes);
-ORDWEL_API buffer buffer_decode_hex(std::string const &a_text);
-ORDWEL_API std::string string_decode_hex(unsigned char const *a_bytes, uint64 a_size);
-ORDWEL_API std::string string_decode_hex(char const *a_text, uint64 a_size);
-ORDWEL_API std::string string_decode_hex(buffer const &a_bytes);
-ORDWEL_API std::string string_decode_hex(std::string const &a_text);
+/// The bytes that hex text stands for (a pointer and a size, a buffer, or a string), as a buffer or
+/// a string. Raises es::arg when the text's length is odd.
+///@{
+[[nodiscard]] ORDWEL_API buffer buffer_decode_hex(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API buffer buffer_decode_hex(char const *a_text, uint64 a_size);
+[[nodiscard]] ORDWEL_API buffer buffer_decode_hex(buffer const &a_bytes);
+[[nodiscard]] ORDWEL_API buffer buffer_decode_hex(std::string const &a_text);
+[[nodiscard]] ORDWEL_API std::string string_decode_hex(unsigned char const *a_bytes, uint64 a_size);
+[[nodiscard]] ORDWEL_API std::string string_decode_hex(char const *a_text, uint64 a_size);
+[[nodiscard]] ORDWEL_API std::string string_decode_hex(buffer const &a_bytes);
+[[nodiscard]] ORDWEL_API std::string string_decode_hex(std::string const &a_text);
+///@}
 
 } // namespace ordwel
 

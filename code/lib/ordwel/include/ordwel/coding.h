@@ -20,22 +20,23 @@ namespace ordwel {
 // alive. The sizes they report are 32 bits wide: the low 32 bits of the buffer's size, and left(),
 // the difference of the low 32 bits of the size and of the read position, computed in 32 bits.
 
-// Builds a message at the end of its buffer; the buffer's size is the write position.
+/// Builds a message at the end of its buffer; the buffer's size is the write position.
 class ORDWEL_API encoder_network {
 public:
-    // Attaches, empties the buffer (its capacity stays) and turns on its aggressive growth, so a
-    // message made of many small items does not copy itself at each append.
+    /// Attaches, empties the buffer (its capacity stays) and turns on its aggressive growth, so a
+    /// message made of many small items does not copy itself at each append.
     explicit encoder_network(buffer &a_buffer);
-    // Leaves the buffer as it is, message and all.
+    /// Leaves the buffer as it is, message and all.
     ~encoder_network();
 
-    // As the constructor, for another buffer.
+    /// As the constructor, for another buffer.
     void set(buffer &a_buffer);
+    /// Empties the buffer; its capacity stays.
     void clear() { m_buffer->clear(); }
-    // Room for a_size bytes more than the present size.
+    /// Room for a_size bytes more than the present size.
     void reserve(uint64 a_size);
 
-    // Appends a_size bytes (which may lie in the buffer itself).
+    /// Appends a_size bytes (which may lie in the buffer itself).
     void write(void const *a_source, uint64 a_size)
     {
         if (a_size <= m_buffer->capacity() - m_buffer->size()) {
@@ -44,22 +45,25 @@ public:
             write_growing(a_source, a_size);
         }
     }
-    // Grows the buffer by a_size bytes, unwritten, and points at the first of them for the caller to
-    // fill. The pointer holds until the buffer grows again.
+    /// Grows the buffer by a_size bytes, unwritten, and points at the first of them for the caller to
+    /// fill. The pointer holds until the buffer grows again.
     unsigned char *advance(uint64 a_size);
 
-    // The byte at a_index, unchecked: a way to mend bytes written earlier.
+    /// The byte at a_index, unchecked: a way to mend bytes written earlier.
     unsigned char &at(uint64 a_index) { return m_buffer->at(a_index); }
-    unsigned char const *begin() const { return m_buffer->begin(); }
-    unsigned char const *end() const { return m_buffer->end(); }
-    // The low 32 bits of the buffer's size.
-    uint32 size() const { return static_cast<uint32>(m_buffer->size()); }
+    /// The buffer's start and end: the message written so far.
+    ///@{
+    [[nodiscard]] unsigned char const *begin() const { return m_buffer->begin(); }
+    [[nodiscard]] unsigned char const *end() const { return m_buffer->end(); }
+    ///@}
+    /// The low 32 bits of the buffer's size.
+    [[nodiscard]] uint32 size() const { return static_cast<uint32>(m_buffer->size()); }
 
-    // Shortens the buffer to a_new_size. Raises es::arg "cutting buffer past end" (changing nothing)
-    // when a_new_size is above the buffer's size.
+    /// Shortens the buffer to a_new_size. Raises es::arg "cutting buffer past end" (changing nothing)
+    /// when a_new_size is above the buffer's size.
     void cut(uint64 a_new_size) const;
-    // Drops the first a_count bytes, moving the rest to the front; a count beyond the size empties
-    // the buffer.
+    /// Drops the first a_count bytes, moving the rest to the front; a count beyond the size empties
+    /// the buffer.
     void normalize(uint64 a_count);
 
 private:
@@ -68,40 +72,45 @@ private:
     buffer *m_buffer;
 };
 
-// Takes a message apart from a read position in its buffer. Bytes may be appended at the end
-// (fill) while decoding goes on, and what has been read dropped from the front (normalize).
-//
-// Every taking operation checks first and changes nothing when it raises: es::arg "buffer offset
-// out of range" when fewer bytes are left than it needs, es::arg "skipping buffer past end" for a
-// skip beyond the end.
+/// Takes a message apart from a read position in its buffer. Bytes may be appended at the end
+/// (fill) while decoding goes on, and what has been read dropped from the front (normalize).
+///
+/// Every taking operation checks first and changes nothing when it raises: es::arg "buffer offset
+/// out of range" when fewer bytes are left than it needs, es::arg "skipping buffer past end" for a
+/// skip beyond the end.
 class ORDWEL_API decoder_network {
 public:
-    // Attaches at offset 0; the content stays.
+    /// Attaches at offset 0; the content stays.
     explicit decoder_network(buffer &a_buffer) : m_buffer(&a_buffer), m_offset(0) {}
+    /// Leaves the buffer as it is.
     ~decoder_network();
 
+    /// Attaches another buffer at offset 0.
     void set(buffer &a_buffer)
     {
         m_buffer = &a_buffer;
         m_offset = 0;
     }
-    // Back to offset 0: the same data can be decoded afresh.
+    /// Back to offset 0: the same data can be decoded afresh.
     void clear() { m_offset = 0; }
 
-    // The buffer's start and end, not the read position.
-    unsigned char const *begin() const { return m_buffer->begin(); }
-    unsigned char const *end() const { return m_buffer->end(); }
-    // The low 32 bits of the buffer's size.
-    uint32 size() const { return static_cast<uint32>(m_buffer->size()); }
-    // The bytes behind the read position, in 32 bits. A buffer shortened under the read position
-    // by someone else has nothing left.
-    uint32 left() const
+    /// The buffer's start and end, not the read position.
+    ///@{
+    [[nodiscard]] unsigned char const *begin() const { return m_buffer->begin(); }
+    [[nodiscard]] unsigned char const *end() const { return m_buffer->end(); }
+    ///@}
+    /// The low 32 bits of the buffer's size.
+    [[nodiscard]] uint32 size() const { return static_cast<uint32>(m_buffer->size()); }
+    /// The bytes behind the read position, in 32 bits. A buffer shortened under the read position
+    /// by someone else has nothing left.
+    [[nodiscard]] uint32 left() const
     {
         return m_offset <= m_buffer->size() ? static_cast<uint32>(m_buffer->size()) - static_cast<uint32>(m_offset) : 0;
     }
-    bool have(uint32 a_count) const { return left() >= a_count; }
+    /// Whether a_count bytes are left behind the read position.
+    [[nodiscard]] bool have(uint32 a_count) const { return left() >= a_count; }
 
-    // Copies a_size bytes from the read position and moves on.
+    /// Copies a_size bytes from the read position and moves on.
     void read(void *a_destination, uint64 a_size)
     {
         if (a_size > left()) {
@@ -112,7 +121,7 @@ public:
         }
         m_offset += a_size;
     }
-    // Copies a_size bytes from a_offset bytes behind the read position; the position stays.
+    /// Copies a_size bytes from a_offset bytes behind the read position; the position stays.
     void peek(void *a_destination, uint64 a_size, uint64 a_offset) const
     {
         unsigned char const *const l_bytes = here(a_size, a_offset);
@@ -120,9 +129,9 @@ public:
             std::memcpy(a_destination, l_bytes, static_cast<std::size_t>(a_size));
         }
     }
-    // Checks that a_size + a_offset bytes are left and points a_offset bytes behind the read
-    // position, which stays.
-    unsigned char const *here(uint64 a_size, uint64 a_offset) const
+    /// Checks that a_size + a_offset bytes are left and points a_offset bytes behind the read
+    /// position, which stays.
+    [[nodiscard]] unsigned char const *here(uint64 a_size, uint64 a_offset) const
     {
         uint32 const l_left = left();
         if (a_offset > l_left || a_size > l_left - a_offset) {
@@ -130,14 +139,14 @@ public:
         }
         return m_buffer->begin() + m_offset + a_offset;
     }
-    // As here, and the read position moves to the end of that range.
+    /// As here, and the read position moves to the end of that range.
     unsigned char const *advance(uint64 a_size, uint64 a_offset)
     {
         unsigned char const *const l_bytes = here(a_size, a_offset);
         m_offset += a_offset + a_size;
         return l_bytes;
     }
-    // Moves on by a_count and points at the new read position.
+    /// Moves on by a_count and points at the new read position.
     unsigned char const *skip(uint64 a_count)
     {
         if (a_count > left()) {
@@ -147,12 +156,12 @@ public:
         return m_buffer->begin() + m_offset;
     }
 
-    // Appends a_size bytes at the buffer's end, copied from a_source unless it is null, and points
-    // at the first of them. The read position stays.
+    /// Appends a_size bytes at the buffer's end, copied from a_source unless it is null, and points
+    /// at the first of them. The read position stays.
     unsigned char *fill(uint64 a_size, void const *a_source);
-    // Room for a_size bytes behind the read position's offset.
+    /// Room for a_size bytes behind the read position's offset.
     void reserve(uint64 a_size);
-    // Drops what has been read: moves the bytes left to the front and sets the offset to 0.
+    /// Drops what has been read: moves the bytes left to the front and sets the offset to 0.
     void normalize();
 
 private:
@@ -200,6 +209,12 @@ template <typename T> inline T peek_network(decoder_network const &a_decoder, ui
         a_value = static_cast<a_type>(coding_detail::peek_network<a_wire>(a_decoder, a_offset));                       \
     }
 
+/// Integers of every width, most significant byte first; signed values as their two's complement.
+/// x_encode_network appends a_value. x_decode_network takes the value at the read position into
+/// a_value and moves on; x_peek_network takes it from a_offset bytes behind the read position,
+/// which stays. Both raise es::arg "buffer offset out of range", changing nothing, when too few
+/// bytes are left.
+///@{
 ORDWEL_CODING_INTEGER(uint8, uint8)
 ORDWEL_CODING_INTEGER(uint16, uint16)
 ORDWEL_CODING_INTEGER(uint32, uint32)
@@ -208,9 +223,12 @@ ORDWEL_CODING_INTEGER(sint8, uint8)
 ORDWEL_CODING_INTEGER(sint16, uint16)
 ORDWEL_CODING_INTEGER(sint32, uint32)
 ORDWEL_CODING_INTEGER(sint64, uint64)
+///@}
 
 #undef ORDWEL_CODING_INTEGER
 
+/// IEEE 754 numbers as the integers of their bits, in the manner of the integer functions above.
+///@{
 inline void float32_encode_network(float32 a_value, encoder_network &a_encoder)
 {
     uint32 l_bits;
@@ -248,8 +266,10 @@ inline void float64_peek_network(float64 &a_value, decoder_network const &a_deco
     uint64 const l_bits = coding_detail::peek_network<uint64>(a_decoder, a_offset);
     std::memcpy(&a_value, &l_bits, sizeof a_value);
 }
+///@}
 
-// A buffer or a string as its 32-bit length and its bytes.
+/// A buffer or a string as its 32-bit length and its bytes.
+///@{
 inline void buffer_encode_network(buffer const &a_bytes, encoder_network &a_encoder)
 {
     uint64 const l_size = a_bytes.size();
@@ -264,10 +284,12 @@ inline void string_encode_network(std::string const &a_text, encoder_network &a_
     uint32_encode_network(static_cast<uint32>(a_text.size()), a_encoder);
     a_encoder.write(a_text.data(), a_text.size());
 }
+///@}
 
-// Takes a length (es::arg "buffer offset out of range" when fewer than 4 bytes are left), then that
-// many bytes, which replace the destination's content. A length of 0 leaves the destination as it
-// was. When the bytes behind the length are too few, the call raises with the length consumed.
+/// Takes a length (es::arg "buffer offset out of range" when fewer than 4 bytes are left), then that
+/// many bytes, which replace the destination's content. A length of 0 leaves the destination as it
+/// was. When the bytes behind the length are too few, the call raises with the length consumed.
+///@{
 inline void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder)
 {
     uint32 const l_length = coding_detail::decode_network<uint32>(a_decoder);
@@ -285,6 +307,7 @@ inline void string_decode_network(std::string &a_text, decoder_network &a_decode
         a_text.assign(reinterpret_cast<char const *>(l_bytes), l_length);
     }
 }
+///@}
 
 } // namespace ordwel
 

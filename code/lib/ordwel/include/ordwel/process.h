@@ -15,70 +15,87 @@
 
 namespace ordwel {
 
-// The one flag of process: the child's standard input comes from the text given to the
-// constructor, and its standard output and error arrive at the status object in pieces.
+/// The one flag of process: the child's standard input comes from the text given to the
+/// constructor, and its standard output and error arrive at the status object in pieces.
 constexpr unsigned process_capture = 1;
 
-// One child program, started by the constructor and watched by a detached monitor thread of its
-// own. There is no start call and no wait call: a caller learns of the end through its status
-// object (finished) or by polling the getters. The destructor does not kill the child; a caller
-// who wants it gone calls terminate first. After the destructor the monitor still waits for the
-// child's end, reaps it and reports nothing.
+/// One child program, started by the constructor and watched by a detached monitor thread of its
+/// own. There is no start call and no wait call: a caller learns of the end through its status
+/// object (finished) or by polling the getters. The destructor does not kill the child; a caller
+/// who wants it gone calls terminate first. After the destructor the monitor still waits for the
+/// child's end, reaps it and reports nothing.
 class ORDWEL_API process : public thread_base {
 public:
-    // What the monitor tells its caller. Both calls come on the monitor thread, with no lock of
-    // the process held.
+    /// What the monitor tells its caller. Both calls come on the monitor thread, with no lock of
+    /// the process held.
     class ORDWEL_API status {
     public:
+        /// The interface holds no state: constructing, copying and assigning do nothing.
+        ///@{
         status() = default;
         status(status const &) {}
         status &operator=(status const &) { return *this; }
+        ///@}
+        /// Destroyed by its owner, which keeps it alive as long as the child runs.
         virtual ~status();
 
-        // Once, when every result of the process is final.
+        /// Once, when every result of a_process is final. Not called when the monitor was cancelled
+        /// or its wait failed.
         virtual void finished(process *a_process) = 0;
-        // A piece of at most 4,096 bytes of the child's output, standard output and standard
-        // error mixed as the child wrote them; with process_capture only.
+        /// A piece of at most 4,096 bytes of the child's output, standard output and standard
+        /// error mixed as the child wrote them; with process_capture only. Does nothing by default.
         virtual void stdout_data(unsigned char const *a_data, unsigned int a_size);
     };
 
-    // Starts a_program with a_args (see command_line_with_args), the environment a_env (empty:
-    // the parent's; see environment_block_with_map), in a_working_directory (empty: the
-    // parent's). Raises es::call when a pipe or the child cannot be made. An environment entry of
-    // 4,096 characters or more leaves the object with no child and raises nothing.
+    /// Starts a_program with a_args (see command_line_with_args), the environment a_env (empty:
+    /// the parent's; see environment_block_with_map), in a_working_directory (empty: the
+    /// parent's). Raises es::call when a pipe or the child cannot be made. An environment entry of
+    /// 4,096 characters or more leaves the object with no child and raises nothing.
     process(std::string const &a_id, std::string const &a_program, std::vector<std::string> const &a_args,
             std::map<std::string, std::string> const &a_env, std::string const &a_working_directory,
             std::string const &a_stdin_data, unsigned a_flags, status *a_status);
+    /// Cancels the monitor and frees the object; the child runs on.
     ~process() override;
 
     process(process const &) = delete;
     process &operator=(process const &) = delete;
 
-    // None of the getters locks: a value read while the child ends may still be the old one.
-    std::string const &get_id() const;
-    int get_pid() const;
-    // -1 until the child has ended and its exit code could be read.
-    int get_status() const;
-    timestamp get_starttime() const;
-    double get_real_time() const;
-    double get_user_time() const;
-    double get_system_time() const;
-    // Seconds since the start, growing on after the end; the real time when no child exists.
-    double get_uptime() const;
+    /// The caller's name for this child, as given to the constructor. None of the getters locks: a
+    /// value read while the child ends may still be the old one.
+    [[nodiscard]] std::string const &get_id() const;
+    /// The child's process id; 0 when no child was started.
+    [[nodiscard]] int get_pid() const;
+    /// -1 until the child has ended and its exit code could be read.
+    [[nodiscard]] int get_status() const;
+    /// The UTC time taken just before the child was created.
+    [[nodiscard]] timestamp get_starttime() const;
+    /// Seconds from the start to the moment the monitor saw the end; 0 until then.
+    [[nodiscard]] double get_real_time() const;
+    /// Seconds of processor time the child spent in user mode and in the kernel; 0 until the end,
+    /// and 0 when the platform does not tell.
+    ///@{
+    [[nodiscard]] double get_user_time() const;
+    [[nodiscard]] double get_system_time() const;
+    ///@}
+    /// Seconds since the start, growing on after the end; the real time when no child exists.
+    [[nodiscard]] double get_uptime() const;
 
-    // Suspends or resumes the child; suspensions count, so two pauses take two resumes.
+    /// Suspends or resumes every thread of the child; suspensions count, so two pauses take two
+    /// resumes. Raises es::call when the child's threads cannot be listed.
+    ///@{
     void pause();
     void resume();
-    // Kills a child that has not ended yet. With a_cancel_monitor the monitor records nothing
-    // and never calls finished. Otherwise it reports, but the exit code and processor times can
-    // no longer be read: they stay -1 and 0.
+    ///@}
+    /// Kills a child that has not ended yet. With a_cancel_monitor the monitor records nothing
+    /// and never calls finished. Otherwise it reports, but the exit code and processor times can
+    /// no longer be read: they stay -1 and 0.
     void terminate(bool a_cancel_monitor);
-    // Kills the child's direct children (not theirs), then the child.
+    /// Kills the child's direct children (not theirs), then the child.
     void terminate_process_tree(bool a_cancel_monitor);
-    // thread_base's request to stop, which does nothing here.
+    /// thread_base's request to stop, which does nothing here.
     using thread_base::terminate;
 
-    // The monitor's body, public as thread_base's; not for callers.
+    /// The monitor's body, public as thread_base's; not for callers.
     void operator()() override;
 
 private:
@@ -106,24 +123,25 @@ private:
     status *m_listener;
 };
 
-// The child's command line: the program in double quotes with each backslash doubled, a blank,
-// then each argument followed by one blank. Arguments are neither quoted nor escaped, so one
-// with a blank reaches the child as two.
-ORDWEL_API std::string command_line_with_args(std::string const &a_program, std::vector<std::string> const &a_args);
+/// The child's command line: the program in double quotes with each backslash doubled, a blank,
+/// then each argument followed by one blank. Arguments are neither quoted nor escaped, so one
+/// with a blank reaches the child as two.
+[[nodiscard]] ORDWEL_API std::string command_line_with_args(std::string const &a_program,
+                                                            std::vector<std::string> const &a_args);
 
-// The child's environment block: "key=value" entries with their NULs, in key order, and one more
-// NUL to close it; an entry with an empty key or value is left out. An empty a_block (the map was
-// empty or all its entries were left out) means the parent's environment. Returns false, with
-// a_block unspecified, for an entry of 4,096 characters or more; raises es::call when the whole
-// block would exceed 32,768 bytes.
+/// The child's environment block: "key=value" entries with their NULs, in key order, and one more
+/// NUL to close it; an entry with an empty key or value is left out. An empty a_block (the map was
+/// empty or all its entries were left out) means the parent's environment. Returns false, with
+/// a_block unspecified, for an entry of 4,096 characters or more; raises es::call when the whole
+/// block would exceed 32,768 bytes.
 ORDWEL_API bool environment_block_with_map(std::map<std::string, std::string> const &a_env, std::string &a_block);
 
-// The arguments that a Windows program's runtime reads from a command line: blanks and tabs
-// separate, double quotes group, 2n backslashes before a quote give n and open or close a
-// group, 2n+1 give n and a literal quote, "" inside a group gives a literal quote, other
-// backslashes are literal. The first argument, the program, ends at its closing quote or the
-// first blank and knows no escapes.
-ORDWEL_API std::vector<std::string> argv_with_command_line(std::string const &a_command_line);
+/// The arguments that a Windows program's runtime reads from a command line: blanks and tabs
+/// separate, double quotes group, 2n backslashes before a quote give n and open or close a
+/// group, 2n+1 give n and a literal quote, "" inside a group gives a literal quote, other
+/// backslashes are literal. The first argument, the program, ends at its closing quote or the
+/// first blank and knows no escapes.
+[[nodiscard]] ORDWEL_API std::vector<std::string> argv_with_command_line(std::string const &a_command_line);
 
 } // namespace ordwel
 

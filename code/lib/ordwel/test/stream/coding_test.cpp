@@ -239,9 +239,9 @@ TEST(coding, range_checks_at_their_limits)
     EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.peek(l_out, 0, 7); }), k_out_of_range);
     EXPECT_EQ(l_decoder.here(0, 6), l_decoder.end());
     EXPECT_EQ(*l_decoder.here(1, 5), 17);
-    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.here(2, 5); }), k_out_of_range);
-    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.here(~uint64(0), 2); }), k_out_of_range);
-    EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.here(2, ~uint64(0)); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { static_cast<void>(l_decoder.here(2, 5)); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { static_cast<void>(l_decoder.here(~uint64(0), 2)); }), k_out_of_range);
+    EXPECT_EQ(raised_at<es::arg>([&] { static_cast<void>(l_decoder.here(2, ~uint64(0))); }), k_out_of_range);
     EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.read(l_out, 7); }), k_out_of_range);
     EXPECT_EQ(raised_at<es::arg>([&] { l_decoder.advance(4, 3); }), k_out_of_range);
     EXPECT_EQ(l_decoder.left(), 6u) << "a failed operation moves nothing";
