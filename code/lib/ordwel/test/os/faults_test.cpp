@@ -38,7 +38,7 @@ using namespace ordwel;
 // Known defects that another change fixes. While a flag is true its test skips with the reason
 // instead of failing; the fix sets it to false, and the test holds the fix from then on.
 constexpr bool k_stdin_deadlocks_on_large_input = true;
-constexpr bool k_full_disk_write_returns_normally = true;
+constexpr bool k_full_disk_write_returns_normally = false;
 
 // The descriptors this process has open, the one that reads the list among them.
 int open_descriptors()
