@@ -23,7 +23,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 #include <dirent.h>
@@ -387,19 +386,25 @@ TEST(faults, no_report_reaches_a_status_object_after_cancel_or_destruction)
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(l_row.name);
         watched_status l_status;
-        std::unique_ptr<process> l_child;
+        // The callback may come before the constructor has returned: it waits for the owner.
+        std::atomic<process *> l_child{nullptr};
+        std::atomic<bool> l_ready{false};
         auto const l_step = [&] {
+            while (!l_ready) {
+                std::this_thread::yield();
+            }
             if (l_row.what == step::terminate_cancel) {
-                l_child->terminate(true);
+                l_child.load()->terminate(true);
             } else {
-                l_child.reset();
+                delete l_child.exchange(nullptr);
             }
         };
         if (l_row.on_monitor) {
             l_status.m_on_data = l_step;
         }
-        l_child.reset(new process("yes", "yes", {}, {}, "", "", process_capture, &l_status));
-        int const l_pid = l_child->get_pid();
+        l_child = new process("yes", "yes", {}, {}, "", "", process_capture, &l_status);
+        int const l_pid = l_child.load()->get_pid();
+        l_ready = true;
         ASSERT_GT(l_pid, 0);
         if (l_row.on_monitor) {
             ASSERT_TRUE(eventually([&] { return l_status.m_closed.load(); }, std::chrono::seconds(20)));
@@ -413,6 +418,7 @@ TEST(faults, no_report_reaches_a_status_object_after_cancel_or_destruction)
         kill(l_pid, SIGKILL);
         std::this_thread::sleep_for(std::chrono::milliseconds(300));
         EXPECT_EQ(l_status.m_late, 0) << "calls after the status object was given up";
+        delete l_child.exchange(nullptr);
     }
 #else
     GTEST_SKIP() << "kills the child by its id and uses the POSIX program yes";
