@@ -23,7 +23,9 @@ constexpr unsigned process_capture = 1;
 /// own. There is no start call and no wait call: a caller learns of the end through its status
 /// object (finished) or by polling the getters. The destructor does not kill the child; a caller
 /// who wants it gone calls terminate first. After the destructor the monitor still waits for the
-/// child's end, reaps it and reports nothing.
+/// child's end, reaps it and reports nothing: once the destructor has returned, no call of the
+/// status object runs or starts, so the caller may free it (a destructor called from inside a
+/// call on the monitor thread returns at once; that call itself is the caller's).
 class ORDWEL_API process : public thread_base {
 public:
     /// What the monitor tells its caller. Both calls come on the monitor thread, with no lock of
@@ -49,7 +51,10 @@ public:
 
     /// Starts a_program with a_args (see command_line_with_args), the environment a_env (empty:
     /// the parent's; see environment_block_with_map), in a_working_directory (empty: the
-    /// parent's). Raises es::call when a pipe or the child cannot be made. An environment entry of
+    /// parent's). Raises es::call when a pipe, the child or the monitor thread cannot be made; a
+    /// child started before the monitor failed is killed and reaped first. With process_capture
+    /// the input goes in while the output is taken, so input of any size works; no output is
+    /// reported before all input is in. An environment entry of
     /// 4,096 characters or more leaves the object with no child and raises nothing.
     process(std::string const &a_id, std::string const &a_program, std::vector<std::string> const &a_args,
             std::map<std::string, std::string> const &a_env, std::string const &a_working_directory,
@@ -87,7 +92,8 @@ public:
     void resume();
     ///@}
     /// Kills a child that has not ended yet. With a_cancel_monitor the monitor records nothing
-    /// and never calls finished. Otherwise it reports, but the exit code and processor times can
+    /// and never calls finished, and once this returns no call of the status object runs or
+    /// starts (as after the destructor). Otherwise it reports, but the exit code and processor times can
     /// no longer be read: they stay -1 and 0.
     void terminate(bool a_cancel_monitor);
     /// Kills the child's direct children (not theirs), then the child.
@@ -100,8 +106,15 @@ public:
 
 private:
     struct info;
+    class input_feeder;
 
+    static void cancel_reports(info &a_info);
+    static void abandon_child(info &a_info);
+    static void report_output(info &a_info, unsigned char const *a_data, unsigned a_size);
+    static void report_held(info &a_info);
+    static void take_output(info &a_info, unsigned char const *a_data, unsigned a_size);
     static void drain_output(info &a_info);
+    static void start_feeding(info &a_info, input_feeder &a_feeder, thread &a_thread);
     int create_child_process(char const *a_command_line, char const *a_environment);
     void read_child_output();
 

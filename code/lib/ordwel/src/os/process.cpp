@@ -1,5 +1,6 @@
 #include <ordwel/process.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <thread>
 
@@ -37,6 +38,9 @@ struct process::info {
     bool m_capture = false;
     std::string m_stdin_data;
     process::status *m_listener = nullptr;
+    // Output that came while the input still went in, reported once all of it is in.
+    std::string m_held;
+    bool m_input_done = false; // all input is in (or could not go in): output may be reported
 
     bool m_started = false;   // a monitor was started
     bool m_ready = false;     // the constructor is done with the monitor's handle
@@ -44,7 +48,7 @@ struct process::info {
     bool m_cancelled = false; // the monitor is to end at its cancel point
     bool m_closed = false;    // terminate closed the child's handles
     bool m_reaped = false;    // the child's id is no longer ours
-    bool m_reporting = false; // finished runs on the monitor
+    bool m_reporting = false; // a call of the status object runs on the monitor
     std::thread::id m_monitor_id;
 
     ~info()
@@ -216,8 +220,14 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     // by the process wait, never by the end of the pipe.
     platform::handle_close(l_info.m_in_read);
 
+    try {
+        m_monitor.start(*this);
+    } catch (...) {
+        // Nobody would watch or reap the child: it goes before the exception leaves.
+        abandon_child(l_info);
+        throw;
+    }
     l_info.m_started = true;
-    m_monitor.start(*this);
     m_monitor.detach();
     {
         scoped_mutex::lock l_lock(l_info.m_lock);
@@ -232,13 +242,12 @@ process::~process()
         scoped_mutex::lock l_lock(m_info->m_lock);
         if (m_info->m_started) {
             // The monitor copies its reference to the shared record first thing; the record must
-            // not go before that. A finished call running on another thread is let to end, as it
-            // may still be reading this object.
-            while (!m_info->m_taken || (m_info->m_reporting && m_info->m_monitor_id != std::this_thread::get_id())) {
+            // not go before that.
+            while (!m_info->m_taken) {
                 m_info->m_changed.wait(m_info->m_lock);
             }
         }
-        m_info->m_cancelled = true;
+        cancel_reports(*m_info);
     }
     m_info.reset();
 }
@@ -325,17 +334,19 @@ void process::resume()
 
 void process::terminate(bool a_cancel_monitor)
 {
+    if (a_cancel_monitor) {
+        // The monitor's cancellation: it ends at its cancel point, after the child's end, without
+        // results and without a report. Cancelling a monitor that has recorded its results
+        // changes nothing, but a report still running must end before the caller may drop its
+        // status object.
+        scoped_mutex::lock l_lock(m_info->m_lock);
+        cancel_reports(*m_info);
+    }
     {
         scoped_mutex::lock l_guard(m_mutex);
         if (m_finished) {
             return;
         }
-    }
-    if (a_cancel_monitor) {
-        // The monitor's cancellation: it ends at its cancel point, after the child's end, without
-        // results and without a report.
-        scoped_mutex::lock l_lock(m_info->m_lock);
-        m_info->m_cancelled = true;
     }
     if (m_paused) {
         resume();
@@ -373,6 +384,90 @@ int process::create_child_process(char const *a_command_line, char const *a_envi
     return 0;
 }
 
+void process::cancel_reports(info &a_info)
+{
+    a_info.m_cancelled = true;
+    // A call of the status object on another thread is let to end. On the monitor thread itself
+    // (a call that cancels or destroys its own process) it is the caller: waiting would never end.
+    while (a_info.m_reporting && a_info.m_monitor_id != std::this_thread::get_id()) {
+        a_info.m_changed.wait(a_info.m_lock);
+    }
+}
+
+void process::abandon_child(info &a_info)
+{
+    platform::child_kill(a_info.m_child, 0);
+    for (;;) {
+        platform::wait_result l_result = platform::wait_result::other;
+        if (platform::child_wait(a_info.m_child, platform::k_no_handle, l_result).failed() ||
+            l_result == platform::wait_result::ended) {
+            break;
+        }
+    }
+    platform::child_outcome l_outcome;
+    platform::child_collect(a_info.m_child, l_outcome);
+    a_info.m_reaped = true;
+    platform::child_release(a_info.m_child);
+    platform::child_release_wait(a_info.m_child);
+    platform::handle_close(a_info.m_out_read);
+    platform::handle_close(a_info.m_out_write);
+    platform::handle_close(a_info.m_in_write);
+}
+
+void process::report_output(info &a_info, unsigned char const *a_data, unsigned a_size)
+{
+    process::status *l_listener = nullptr;
+    {
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        // Without a status object, or once cancelled, the output is read and dropped, so that
+        // the child never blocks on a full pipe.
+        if (a_info.m_cancelled || a_info.m_listener == nullptr) {
+            return;
+        }
+        l_listener = a_info.m_listener;
+        a_info.m_reporting = true;
+    }
+    l_listener->stdout_data(a_data, a_size);
+    {
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        a_info.m_reporting = false;
+    }
+    a_info.m_changed.broadcast();
+}
+
+void process::report_held(info &a_info)
+{
+    std::string l_held;
+    {
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        l_held.swap(a_info.m_held);
+    }
+    for (std::size_t l_pos = 0; l_pos < l_held.size(); l_pos += k_read_size) {
+        std::size_t const l_size = std::min<std::size_t>(k_read_size, l_held.size() - l_pos);
+        report_output(a_info, reinterpret_cast<unsigned char const *>(l_held.data()) + l_pos,
+                      static_cast<unsigned>(l_size));
+    }
+}
+
+void process::take_output(info &a_info, unsigned char const *a_data, unsigned a_size)
+{
+    bool l_input_done = false;
+    {
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        l_input_done = a_info.m_input_done;
+        if (!l_input_done && !a_info.m_cancelled) {
+            // The status object sees no output before all input is in; until then the output
+            // waits here, so that a child blocked on its full output pipe never stops reading.
+            a_info.m_held.append(reinterpret_cast<char const *>(a_data), a_size);
+            return;
+        }
+    }
+    if (l_input_done) {
+        report_held(a_info);
+    }
+    report_output(a_info, a_data, a_size);
+}
+
 void process::drain_output(info &a_info)
 {
     unsigned char l_buffer[k_read_size];
@@ -385,11 +480,7 @@ void process::drain_output(info &a_info)
         if (platform::pipe_read(a_info.m_out_read, l_buffer, k_read_size, l_read).failed() || l_read == 0) {
             break;
         }
-        // Without a status object the output is read and dropped, so that the child never
-        // blocks on a full pipe.
-        if (a_info.m_listener != nullptr) {
-            a_info.m_listener->stdout_data(l_buffer, l_read);
-        }
+        take_output(a_info, l_buffer, l_read);
         if (platform::pipe_available(a_info.m_out_read, l_available).failed()) {
             break;
         }
@@ -399,6 +490,39 @@ void process::drain_output(info &a_info)
 void process::read_child_output()
 {
     drain_output(*m_info);
+}
+
+// Writes the child's whole input and closes the pipe, then lets the monitor report output.
+class process::input_feeder : public thread_base {
+public:
+    explicit input_feeder(info &a_info) : m_info(a_info) {}
+    void operator()() override
+    {
+        // A failed write (the child ended without reading all) counts as done: the rest of the
+        // input has nowhere to go.
+        platform::pipe_write(m_info.m_in_write, m_info.m_stdin_data.data(), m_info.m_stdin_data.size());
+        platform::handle_close(m_info.m_in_write);
+        scoped_mutex::lock l_lock(m_info.m_lock);
+        m_info.m_input_done = true;
+    }
+
+private:
+    info &m_info;
+};
+
+void process::start_feeding(info &a_info, input_feeder &a_feeder, thread &a_thread)
+{
+    if (a_info.m_stdin_data.empty()) {
+        a_feeder();
+        return;
+    }
+    try {
+        a_thread.start(a_feeder);
+    } catch (es::call const &) {
+        // No thread for the input: it goes in here, before any output is read, which is enough
+        // for input that fits the pipe.
+        a_feeder();
+    }
 }
 
 void process::operator()()
@@ -420,9 +544,13 @@ void process::operator()()
     // monitor is not cancelled: the destructor cancels it under that lock.
     info &l_info = *l_shared;
 
+    // The input goes in on a thread of its own while this one takes the output, so that no size
+    // of input deadlocks against a child that writes as it reads. The feeder is joined before
+    // the monitor ends (the handle's destructor), also on an early return.
+    input_feeder l_feeder(l_info);
+    thread l_feeding;
     if (l_info.m_capture) {
-        platform::pipe_write(l_info.m_in_write, l_info.m_stdin_data.data(), l_info.m_stdin_data.size());
-        platform::handle_close(l_info.m_in_write);
+        start_feeding(l_info, l_feeder, l_feeding);
     }
 
     platform::handle const l_output = l_info.m_capture ? l_info.m_out_read : platform::k_no_handle;
@@ -450,6 +578,9 @@ void process::operator()()
 
     if (l_info.m_capture) {
         drain_output(l_info);
+        // The child has ended, so the feeder's write ends too (the pipe broke, if nothing else).
+        l_feeding.join();
+        report_held(l_info);
         platform::handle_close(l_info.m_out_read);
         platform::handle_close(l_info.m_out_write);
     }

@@ -1,5 +1,6 @@
 #include <ordwel/env.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -556,6 +557,24 @@ file open_for_reading(std::string const &a_path)
     return l_file;
 }
 
+// The most that one call of file moves: its count reaches the platform as 32 bits.
+constexpr uint64 k_max_call = 0xFFFFFFFFu;
+
+// Reads up to a_size bytes in calls of at most 4 GiB less one, until the count or the end of the
+// file; the bytes read.
+uint64 read_up_to(file &a_file, unsigned char *a_data, uint64 a_size)
+{
+    uint64 l_done = 0;
+    while (l_done < a_size) {
+        uint64 const l_count = a_file.read(a_data + l_done, std::min(a_size - l_done, k_max_call));
+        if (l_count == 0) {
+            break;
+        }
+        l_done += l_count;
+    }
+    return l_done;
+}
+
 void write_whole(std::string const &a_path, void const *a_data, uint64 a_size)
 {
     file l_file(a_path, file_write | file_create | file_truncate, 420);
@@ -563,7 +582,16 @@ void write_whole(std::string const &a_path, void const *a_data, uint64 a_size)
         diag::raise_format<es::arg>(ORDWEL_HERE, "failed to open/create file '%s'", a_path.c_str());
     }
     close_on_raise const l_guard(l_file);
-    l_file.write(a_data, a_size);
+    // A write either moves its whole count or raises es::file with the reason; a count it came
+    // back short of anyway would be data lost without a word, so that raises too.
+    unsigned char const *const l_data = static_cast<unsigned char const *>(a_data);
+    for (uint64 l_done = 0; l_done < a_size;) {
+        uint64 const l_count = std::min(a_size - l_done, k_max_call);
+        if (l_file.write(l_data + l_done, l_count) != l_count) {
+            diag::raise_format<es::call>(ORDWEL_HERE, "failed to write file '%s'", a_path.c_str());
+        }
+        l_done += l_count;
+    }
     l_file.close();
 }
 
@@ -583,7 +611,7 @@ void get_file_bytes(std::string const &a_path, uint64 a_count, buffer &a_bytes)
     file l_file = open_for_reading(a_path);
     close_on_raise const l_guard(l_file);
     a_bytes.resize(a_count);
-    uint64 const l_done = l_file.read(a_bytes.begin(), a_count);
+    uint64 const l_done = read_up_to(l_file, a_bytes.begin(), a_count);
     if (l_done < a_count) {
         a_bytes.resize(l_done);
     }
@@ -596,7 +624,7 @@ void get_file_content(std::string const &a_path, std::string &a_content)
     close_on_raise const l_guard(l_file);
     uint64 const l_size = l_file.size();
     std::string l_block(static_cast<std::size_t>(l_size), '\0');
-    if (l_file.read(&l_block[0], l_size) < l_size) {
+    if (read_up_to(l_file, reinterpret_cast<unsigned char *>(&l_block[0]), l_size) < l_size) {
         diag::raise_format<es::call>(ORDWEL_HERE, "failed to read file '%s'", a_path.c_str());
     }
     a_content.swap(l_block);
@@ -609,7 +637,7 @@ void get_file_content(std::string const &a_path, buffer &a_content)
     close_on_raise const l_guard(l_file);
     uint64 const l_size = l_file.size();
     a_content.resize(l_size);
-    if (l_file.read(a_content.begin(), l_size) < l_size) {
+    if (read_up_to(l_file, a_content.begin(), l_size) < l_size) {
         diag::raise_format<es::call>(ORDWEL_HERE, "failed to read file '%s'", a_path.c_str());
     }
     l_file.close();

@@ -1,5 +1,6 @@
 #include "platform/file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <string>
@@ -58,6 +59,10 @@ bool valid_handle(sint64 a_handle)
 {
     return a_handle > 0 && a_handle <= INT_MAX;
 }
+
+// The most that one read or write of the kernel is asked to move: below its limit of 2 GiB less
+// 4 KiB per call.
+constexpr std::size_t k_max_piece = std::size_t(1) << 30;
 
 // The number of a "no such entry" look-up by name.
 constexpr int k_no_id = -1;
@@ -129,14 +134,38 @@ status file_read(sint64 a_handle, void *a_data, uint32 a_size, uint32 &a_done)
         errno = EBADF;
         return last_failure();
     }
-    ssize_t l_count = -1;
-    do {
-        l_count = ::read(static_cast<int>(a_handle), a_data, a_size);
-    } while (l_count == -1 && errno == EINTR);
-    if (l_count < 0) {
-        return last_failure();
+    // One read of the kernel stops short of 2 GiB and may stop short anywhere on a signal, while
+    // ReadFile on a disk file reads the whole count or to the end. So the count goes in pieces
+    // of at most 1 GiB; a short piece of a regular file is read on from, a short piece of
+    // anything else (a pipe, a terminal) ends the call with what came, as ReadFile does there.
+    int const l_descriptor = static_cast<int>(a_handle);
+    unsigned char *const l_data = static_cast<unsigned char *>(a_data);
+    uint32 l_done = 0;
+    int l_regular = -1; // unknown until the first short piece
+    while (l_done < a_size) {
+        std::size_t const l_piece = std::min<std::size_t>(a_size - l_done, k_max_piece);
+        ssize_t const l_count = ::read(l_descriptor, l_data + l_done, l_piece);
+        if (l_count < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            return last_failure();
+        }
+        if (l_count == 0) {
+            break;
+        }
+        l_done += static_cast<uint32>(l_count);
+        if (static_cast<std::size_t>(l_count) < l_piece) {
+            if (l_regular < 0) {
+                struct stat l_info {};
+                l_regular = ::fstat(l_descriptor, &l_info) == 0 && S_ISREG(l_info.st_mode) ? 1 : 0;
+            }
+            if (l_regular == 0) {
+                break;
+            }
+        }
     }
-    a_done = static_cast<uint32>(l_count);
+    a_done = l_done;
     return status_done();
 }
 
@@ -146,14 +175,30 @@ status file_write(sint64 a_handle, void const *a_data, uint32 a_size, uint32 &a_
         errno = EBADF;
         return last_failure();
     }
-    ssize_t l_count = -1;
-    do {
-        l_count = ::write(static_cast<int>(a_handle), a_data, a_size);
-    } while (l_count == -1 && errno == EINTR);
-    if (l_count < 0) {
-        return last_failure();
+    // Writes until all is written or the kernel names a reason, as WriteFile does on a disk
+    // file: a short count (a full disk, the 2 GiB limit of one call, a signal) is written on from,
+    // and the next write tells why it stopped. A write that moves nothing and names no reason
+    // counts as a full device.
+    int const l_descriptor = static_cast<int>(a_handle);
+    unsigned char const *const l_data = static_cast<unsigned char const *>(a_data);
+    uint32 l_done = 0;
+    while (l_done < a_size) {
+        std::size_t const l_piece = std::min<std::size_t>(a_size - l_done, k_max_piece);
+        ssize_t const l_count = ::write(l_descriptor, l_data + l_done, l_piece);
+        if (l_count < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            a_done = l_done;
+            return last_failure();
+        }
+        if (l_count == 0) {
+            a_done = l_done;
+            return status_failed(ENOSPC);
+        }
+        l_done += static_cast<uint32>(l_count);
     }
-    a_done = static_cast<uint32>(l_count);
+    a_done = l_done;
     return status_done();
 }
 

@@ -125,6 +125,14 @@ int main(int a_argc, char **a_argv)
             std::string const l_text = read_input();
             std::fwrite(l_text.data(), 1, l_text.size(), stdout);
             std::fflush(stdout);
+        } else if (l_command == "echo") {
+            // Copies the input piece by piece as it comes, as the cat program does.
+            char l_buffer[4096];
+            std::size_t l_read = 0;
+            while ((l_read = std::fread(l_buffer, 1, sizeof(l_buffer), stdin)) > 0) {
+                std::fwrite(l_buffer, 1, l_read, stdout);
+                std::fflush(stdout);
+            }
         } else if (l_command == "count") {
             std::printf("%zu bytes", read_input().size());
             std::fflush(stdout);
