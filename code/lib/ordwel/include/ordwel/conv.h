@@ -11,6 +11,7 @@
 // Nothing here throws on bad input.
 
 namespace ordwel {
+/// Numbers and flags to and from text.
 namespace conv {
 
 /// |value| in whole percent, rounded half up: 0.125 gives 13, -0.5 gives 50. NaN gives 0 and what
@@ -43,6 +44,7 @@ namespace conv {
 
 } // namespace conv
 
+/// Float epsilon and the C library's random numbers.
 namespace math {
 
 /// 2^-23, the epsilon of a 32-bit float.
@@ -63,6 +65,7 @@ ORDWEL_API float rand_float(float a_low, float a_high);
 
 } // namespace math
 
+/// Dotted version strings.
 namespace version {
 
 /// Orders dotted version strings ("1.2.3.4") by their 32-bit value: up to four numbers, one byte

@@ -12,6 +12,7 @@
 
 namespace ordwel {
 
+/// What the library does when it cannot throw: end the process with a message.
 namespace ds {
 
 /// Prints "Abort [<file>:<line>] '<text>'" to the standard output (no newline; the text, formatted
@@ -26,6 +27,8 @@ namespace ds {
 
 } // namespace ds
 
+/// Numbered debug channels that print to the standard error stream. Channels 0 to 4 are on at
+/// start; channel 0 carries abort lines.
 namespace ds_og {
 
 /// Prints "abort: '<expression>' [ <file>:<line> ]" on channel 0 and ends the process with

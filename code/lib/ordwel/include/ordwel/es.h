@@ -7,6 +7,7 @@
 #include <ordwel/export.h>
 #include <ordwel/types.h>
 
+/// The library's public interface: every public name lies in this namespace or one nested in it.
 namespace ordwel {
 
 /// The file name part of a path given by __FILE__, so that messages carry "mutex.cpp" and not the
@@ -29,6 +30,7 @@ namespace ordwel {
 #define ORDWEL_HERE ::ordwel::source_basename(__FILE__), static_cast<::ordwel::uint32>(__LINE__)
 
 namespace ordwel {
+/// The library's exceptions: es::base and the classes derived from it, one per kind of failure.
 namespace es {
 
 /// The root of every exception the library throws. It owns copies of the source file and message,
@@ -179,6 +181,7 @@ protected:
 
 } // namespace es
 
+/// The self-test registry (see <ordwel/test.h>) and the exception of a failed check.
 namespace test {
 
 /// A failed self-test check: what() is always "unit-test"; the message stands in msg's place of

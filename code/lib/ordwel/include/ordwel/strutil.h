@@ -14,6 +14,7 @@
 // first (buffer_to_string alone overwrites its out-argument).
 
 namespace ordwel {
+/// Tokens, joins, key-value text and table replacement on byte strings.
 namespace strutil {
 
 /// Cuts the whole text (NUL bytes included) at every a_delimiter. With a_keep_empty, n delimiters
