@@ -24,6 +24,7 @@ set(DOXYGEN_GENERATE_LATEX NO)
 set(DOXYGEN_MACRO_EXPANSION YES)
 set(DOXYGEN_PREDEFINED "ORDWEL_API=" "ORDWEL_PRINTF_FORMAT(a,b)=")
 set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+# A comment in front of a member group (///@{ ... ///@}) documents every member of it.
 set(DOXYGEN_DISTRIBUTE_GROUP_DOC YES)
 doxygen_add_docs(docs
   "${PROJECT_SOURCE_DIR}/code/lib/ordwel/include/ordwel" "${PROJECT_BINARY_DIR}/include/ordwel/version.h"

@@ -1,8 +1,12 @@
 #ifndef ORDWEL_EXPORT_H
 #define ORDWEL_EXPORT_H
 
-// ORDWEL_API marks what the library exports; everything else is hidden (-fvisibility=hidden).
-// A static build defines ORDWEL_STATIC for its users as well.
+/// \file
+/// The export macro of the library.
+
+/// \def ORDWEL_API
+/// Marks what the library exports; everything else is hidden (-fvisibility=hidden). A static
+/// build defines ORDWEL_STATIC for its users as well.
 #if defined(ORDWEL_STATIC)
 #define ORDWEL_API
 #elif defined(_WIN32) || defined(__CYGWIN__)

@@ -1,7 +1,8 @@
 #ifndef ORDWEL_ORDWEL_H
 #define ORDWEL_ORDWEL_H
 
-// Every public header of the library.
+/// \file
+/// Every public header of the library, for a program that wants all of it.
 #include <ordwel/bitstream.h>
 #include <ordwel/buffer.h>
 #include <ordwel/bytestream.h>

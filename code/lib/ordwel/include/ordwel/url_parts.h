@@ -13,20 +13,23 @@
 
 namespace ordwel {
 
-// One part of a URL: its name and its functions. The bools are the getter's decode and the
-// setters' encode; for a part that is never coded (m_coded false: the scheme and the host) they
-// are ignored.
+/// One part of a URL: its name and its functions. The bools are the getter's decode and the
+/// setters' encode; for a part that is never coded (m_coded false: the scheme and the host) they
+/// are ignored.
 struct url_part {
-    char const *m_name;
-    bool m_coded;
+    char const *m_name; ///< The part's name, as in the function names: "scheme", "host", ...
+    bool m_coded;       ///< Whether the part is percent-coded (all but the scheme and the host).
+    /// The getter, url_<name>.
     std::string (*m_get)(std::string const &a_url, bool a_decode);
+    /// The setter in place, url_set_<name>.
     std::string &(*m_set)(std::string &a_url, std::string const &a_value, bool a_encode);
+    /// The copying setter, url_new_<name>.
     std::string (*m_new)(std::string const &a_url, std::string const &a_value, bool a_encode);
 };
 
-// Every part in the order of the text, scheme to fragment. The entries call the library's functions
-// by name rather than holding their addresses, so that the table is a constant also where those
-// functions come from a DLL.
+/// Every part in the order of the text, scheme to fragment. The entries call the library's functions
+/// by name rather than holding their addresses, so that the table is a constant also where those
+/// functions come from a DLL.
 inline constexpr url_part k_url_parts[] = {
     {"scheme", false, [](std::string const &a_url, bool) { return url_scheme(a_url); },
      [](std::string &a_url, std::string const &a_value, bool) -> std::string & {
@@ -101,11 +104,12 @@ inline constexpr url_part k_url_parts[] = {
      }},
 };
 
-// The number of entries in k_url_parts.
+/// The number of entries in k_url_parts.
 inline constexpr std::size_t k_url_part_count = sizeof(k_url_parts) / sizeof(k_url_parts[0]);
 
-// The entry of a name ("host"), or nullptr for a name that is no part's.
-constexpr url_part const *find_url_part(std::string_view a_name)
+/// The entry of a name ("host"), or nullptr for a name that is no part's. Names are compared with
+/// case.
+[[nodiscard]] constexpr url_part const *find_url_part(std::string_view a_name)
 {
     for (url_part const &l_part : k_url_parts) {
         if (a_name == l_part.m_name) {
