@@ -167,7 +167,6 @@ TEST_F(impersonate, a_user_needs_a_host_then_a_password)
     };
     std::vector<row> const l_rows = {
         {"smb://me:pw@/share", "host is empty, unable to login"},
-        {"smb://me@/share", "host is empty, unable to login"},
         {"smb://me@host/share", "password is empty, unable to login"},
         {"smb://corp%2fme@host/share", "password is empty, unable to login"},
     };
