@@ -65,13 +65,10 @@ TEST(timecode, mode_from_string_table)
         char const *text;
         tc::mode_type mode;
     } const l_rows[] = {
-        {"24", tc::mode_24},         {"24.000", tc::mode_24},         {"24.0xyz", tc::mode_24},
-        {"24.5", tc::mode_invalid},  {"", tc::mode_invalid},          {"240", tc::mode_invalid},
-        {"23.976", tc::mode_23_976}, {"23.9760001", tc::mode_23_976}, {"23.97", tc::mode_invalid},
-        {"25", tc::mode_25},         {"25.000   ", tc::mode_25},      {"30", tc::mode_30},
-        {"29.97", tc::mode_29_97},   {"29.970", tc::mode_29_97},      {"50.0", tc::mode_50},
-        {"60", tc::mode_60},         {"59.54", tc::mode_59_94},       {"59.94", tc::mode_invalid},
-        {" 25", tc::mode_invalid},
+        {"24.000", tc::mode_24},     {"24.0xyz", tc::mode_24},    {"24.5", tc::mode_invalid},
+        {"", tc::mode_invalid},      {"240", tc::mode_invalid},   {"23.9760001", tc::mode_23_976},
+        {"23.97", tc::mode_invalid}, {"25.000   ", tc::mode_25},  {"29.970", tc::mode_29_97},
+        {"50.0", tc::mode_50},       {"59.94", tc::mode_invalid}, {" 25", tc::mode_invalid},
     };
     for (row const &l_row : l_rows) {
         EXPECT_EQ(tc::mode_from_string(l_row.text), l_row.mode) << "'" << l_row.text << "'";
