@@ -123,12 +123,10 @@ TEST(optparser, parse_table_reports_every_callback_in_command_line_order)
         std::string error{};
         std::map<int, int> results{};
     } const l_rows[] = {
-        {"-a", "a[]"},
         {"-a nope", "a[] 1[nope]"},
         {"-a -b", "a[]", "*** too few arguments for option `b'\n"},
         {"-a -b yes", "a[] b[yes]"},
         {"--aaa --ddd yes", "a[]", "*** too few arguments for option `ddd'\n"},
-        {"--aaa --ddd yes again", "a[] d[yes,again]"},
         {"--aaa --ddd yes again and again and again", "a[] d[yes,again,and,again] 1[and] 1[again]"},
         {"--aaa --ddd=yes,again,and,again,and,again", "a[] d[yes,again,and,again] 1[and] 1[again]"},
         {"--aaa -c=3 --ccc 4 --l0 --l1 hej what? -ij1 --l2n yes again and again",
