@@ -6,14 +6,10 @@
 #include <string>
 #include <vector>
 
-#if defined(_WIN32)
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "support/test_support.h"
 
 namespace {
 
@@ -161,9 +157,7 @@ TEST(test_registry_death, one_unit_name_in_two_suites_is_fine)
 TEST(test_registry_death, second_unit_of_one_name_in_a_suite_aborts)
 {
     auto const l_register_twice = [] {
-        // The abort line goes to standard output; send it where the death test looks.
-        std::fflush(stdout);
-        dup2(2, 1);
+        ordwel_test::redirect_stdout_to_stderr();
         local_unit const l_a("ordwel", "object");
         std::fprintf(stderr, "still running\n");
     };

@@ -232,15 +232,12 @@ TEST(thread, cancel_ends_a_body_at_a_cancellation_point)
 TEST(thread, destruction_while_an_exception_unwinds_terminates_cancels_and_joins)
 {
     ignores_terminate l_body;
-    std::string l_seen;
-    try {
-        thread const l_thread(l_body);
-        ASSERT_TRUE(eventually([&] { return l_body.m_running.load(); }));
-        throw std::runtime_error("leaving");
-    } catch (std::runtime_error const &l_error) {
-        l_seen = l_error.what();
-    }
-    EXPECT_EQ(l_seen, "leaving");
+    EXPECT_EQ(ordwel_test::raised_text<std::runtime_error>([&] {
+                  thread const l_thread(l_body);
+                  ASSERT_TRUE(eventually([&] { return l_body.m_running.load(); }));
+                  throw std::runtime_error("leaving");
+              }),
+              "leaving");
     EXPECT_EQ(l_body.m_terminations, 1);
 }
 

