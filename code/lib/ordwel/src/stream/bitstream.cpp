@@ -5,6 +5,9 @@
 #include <cstring>
 #include <exception>
 
+#include "core/byte_scan.h"
+#include "stream/stream_memory.h"
+
 namespace ordwel {
 namespace bitstream {
 
@@ -42,6 +45,89 @@ void clear_behind(unsigned char *a_block, uint64 a_end)
 {
     uint64 const l_stop = (a_end & ~uint64(3)) + 8;
     std::memset(a_block + a_end, 0, static_cast<std::size_t>(l_stop - a_end));
+}
+
+// The leading bytes of a pattern searched at byte positions: three where the pattern has them (start
+// codes 00 00 01 among them), found by the vector kernel of the active level, else the first, found
+// by memchr.
+class byte_lead {
+public:
+    byte_lead(uint32 a_want, uint64 a_bits)
+        : m_triple(a_bits >= 24 ? internal::k_triple_find.for_level(internal::simd_level_active()) : nullptr),
+          m_first(static_cast<unsigned char>(a_want >> 24)), m_second(static_cast<unsigned char>(a_want >> 16)),
+          m_third(static_cast<unsigned char>(a_want >> 8))
+    {
+    }
+
+    // The first offset in a_data[0, a_size) where the leading bytes stand whole; a_size when
+    // there is none.
+    std::size_t first(unsigned char const *a_data, std::size_t a_size) const
+    {
+        if (m_triple != nullptr) {
+            return m_triple(a_data, a_size, m_first, m_second, m_third);
+        }
+        auto const *const l_hit = static_cast<unsigned char const *>(std::memchr(a_data, m_first, a_size));
+        return l_hit == nullptr ? a_size : static_cast<std::size_t>(l_hit - a_data);
+    }
+
+private:
+    internal::triple_find m_triple;
+    unsigned char m_first;
+    unsigned char m_second;
+    unsigned char m_third;
+};
+
+// A byte-grid pattern: its leading bytes, mask and value.
+struct byte_pattern {
+    byte_lead m_lead;
+    uint32 m_mask;
+    uint32 m_want;
+    uint64 m_bits;
+
+    bool matches(unsigned char const *a_at) const { return (internal::load_be<uint32>(a_at) & m_mask) == m_want; }
+};
+
+// Where a search at byte positions over memory ends: at a pattern that starts among the bytes left
+// in the block (the seam), at one in the memory, or nowhere.
+enum class memory_match { seam, memory, none };
+
+// Scans the a_left bytes left in the block at a_left_bytes, then the memory behind them. A pattern
+// is found where all its bits lie in the data. a_at: the offset in the memory of the one found there.
+memory_match find_in_memory(byte_pattern const &a_pattern, unsigned char const *a_left_bytes, uint64 a_left,
+                            stream::memory_span const &a_memory, uint64 &a_at)
+{
+    uint64 const l_joined = a_left + std::min<uint64>(a_memory.m_size, 3);
+    unsigned char l_seam[16] = {};
+    std::memcpy(l_seam, a_left_bytes, static_cast<std::size_t>(a_left));
+    if (l_joined != a_left) {
+        std::memcpy(l_seam + a_left, a_memory.m_data, static_cast<std::size_t>(l_joined - a_left));
+    }
+    for (uint64 l_at = 0; l_at < a_left && 8 * l_at + a_pattern.m_bits <= 8 * l_joined; ++l_at) {
+        if (a_pattern.matches(l_seam + l_at)) {
+            return memory_match::seam;
+        }
+    }
+    uint64 l_at = 0;
+    while (l_at < a_memory.m_size) {
+        l_at += a_pattern.m_lead.first(a_memory.m_data + l_at, static_cast<std::size_t>(a_memory.m_size - l_at));
+        uint64 const l_rest = a_memory.m_size - l_at;
+        if (8 * l_rest < a_pattern.m_bits) {
+            break;
+        }
+        // The last bytes of the memory are tested through a copy that zeros behind them.
+        unsigned char l_last[4] = {};
+        unsigned char const *l_bytes = a_memory.m_data + l_at;
+        if (l_rest < 4) {
+            std::memcpy(l_last, l_bytes, static_cast<std::size_t>(l_rest));
+            l_bytes = l_last;
+        }
+        if (a_pattern.matches(l_bytes)) {
+            a_at = l_at;
+            return memory_match::memory;
+        }
+        ++l_at;
+    }
+    return memory_match::none;
 }
 
 } // namespace
@@ -164,10 +250,10 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
     uint64 l_valid = l_unread + l_offset;
     uint64 l_word = l_position / 32;
     unsigned char const *const l_block = bytes();
-    // A search at byte positions for a pattern with a whole first byte looks that byte up with
-    // memchr and tests the candidates: the same positions in the same order as the word scan.
+    // A search at byte positions for a pattern with a whole first byte looks up its leading bytes
+    // and tests the candidates: the same positions in the same order as the word scan.
     bool const l_byte_grid = l_step == 8 && l_bits >= 8;
-    auto const l_first = static_cast<unsigned char>(l_want >> 24);
+    byte_pattern const l_pattern{byte_lead(l_want, l_bits), l_mask, l_want, l_bits};
     for (;;) {
         // A word is scanned only when the next one is whole too: then every span that starts in it
         // lies in the data, and a span that runs past the data is tested after the next refill.
@@ -176,14 +262,16 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             unsigned char const *l_from = l_block + 4 * l_word + l_offset / 8;
             unsigned char const *const l_to = l_block + 4 * (l_word + l_words);
             uint64 const l_end = 32 * l_word + l_valid;
+            // At least one word of data stands behind l_to: every position before it has its
+            // leading bytes in the data.
             while (l_from < l_to) {
-                auto const *const l_hit = static_cast<unsigned char const *>(
-                    std::memchr(l_from, l_first, static_cast<std::size_t>(l_to - l_from)));
-                if (l_hit == nullptr) {
+                unsigned char const *const l_hit =
+                    l_from + l_pattern.m_lead.first(l_from, static_cast<std::size_t>(l_to - l_from) + 2);
+                if (l_hit >= l_to) {
                     break;
                 }
                 uint64 const l_at = 8 * static_cast<uint64>(l_hit - l_block);
-                if ((internal::load_be<uint32>(l_hit) & l_mask) == l_want) {
+                if (l_pattern.matches(l_hit)) {
                     m_bits = l_end - l_at - l_bits;
                     return true;
                 }
@@ -204,6 +292,33 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             l_valid -= 32;
             l_offset = 0;
             ++l_word;
+        }
+        // Over the library's memory streams the rest is scanned where it lies.
+        if (l_byte_grid && l_offset % 8 == 0) {
+            stream::memory_span l_memory{};
+            if (stream::memory_access::span_of(*m_stream, l_memory)) {
+                uint64 const l_from = 4 * l_word + l_offset / 8;
+                uint64 l_at = 0;
+                memory_match const l_match =
+                    find_in_memory(l_pattern, l_block + l_from, m_bytes - l_from, l_memory, l_at);
+                // The data keeps its offset modulo 4 in the block, as a refill keeps it.
+                uint64 const l_phase = (m_bytes - l_memory.m_position) & 3;
+                if (l_match == memory_match::memory) {
+                    // The block is filled from the pattern on; the cursor stands behind it.
+                    stream::memory_access::consume(*m_stream, l_at);
+                    m_bits = 0;
+                    uint64 const l_got = fill_from((l_memory.m_position + l_at + l_phase) & 3, 64);
+                    m_bits = 8 * l_got - l_bits;
+                    return true;
+                }
+                if (l_match == memory_match::none) {
+                    stream::memory_access::consume(*m_stream, l_memory.m_size);
+                    m_bytes = (l_memory.m_position + l_memory.m_size + l_phase) & 3;
+                    clear_behind(bytes(), m_bytes);
+                    m_bits = 0;
+                    return false;
+                }
+            }
         }
         // Fewer than two words left: carry them to the front of the block (the word under the scan
         // starts a word, so it goes to the very front) and read behind them.
