@@ -62,17 +62,41 @@ uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
 // The bit that a byte's high nibble h selects in a row of the set's tables: 1 << (h & 7).
 alignas(16) unsigned char const k_nibble_bits[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
 
-// ---- AVX2: 32 bytes a step.
+// The masks of one 64-byte block where each of the three bytes stands (bit i for byte i).
+struct triple_masks {
+    uint64 m_first;
+    uint64 m_second;
+    uint64 m_third;
+};
 
-// The lanes where the three bytes start, as a mask: compares at offsets 0, 1 and 2, ANDed.
-ORDWEL_TARGET("avx2")
-ORDWEL_ALWAYS_INLINE uint32 triple_mask_avx2(unsigned char const *a_at, __m256i a_first, __m256i a_second,
-                                             __m256i a_third)
+// The positions of a block where the three bytes start: the second byte's mask shifted down by 1
+// and the third's by 2, the next block's low bits filling in from above.
+ORDWEL_ALWAYS_INLINE uint64 triple_starts(triple_masks const &a_block, triple_masks const &a_next)
 {
-    __m256i const l_zero = _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at)), a_first);
-    __m256i const l_one = _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at + 1)), a_second);
-    __m256i const l_two = _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at + 2)), a_third);
-    return static_cast<uint32>(_mm256_movemask_epi8(_mm256_and_si256(_mm256_and_si256(l_zero, l_one), l_two)));
+    return a_block.m_first & ((a_block.m_second >> 1) | (a_next.m_second << 63)) &
+           ((a_block.m_third >> 2) | (a_next.m_third << 62));
+}
+
+// ---- AVX2: 32 bytes a load.
+
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE uint64 equal_mask_avx2(__m256i a_low, __m256i a_high, __m256i a_byte)
+{
+    uint64 const l_low = static_cast<uint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(a_low, a_byte)));
+    uint64 const l_high = static_cast<uint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(a_high, a_byte)));
+    return l_low | (l_high << 32);
+}
+
+// One load per 32 bytes; for start codes (first and second byte alike) two compares.
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE triple_masks triple_masks_avx2(unsigned char const *a_at, __m256i a_first, __m256i a_second,
+                                                    __m256i a_third, bool a_first_is_second)
+{
+    __m256i const l_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at));
+    __m256i const l_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at + 32));
+    uint64 const l_first = equal_mask_avx2(l_low, l_high, a_first);
+    return {l_first, a_first_is_second ? l_first : equal_mask_avx2(l_low, l_high, a_second),
+            equal_mask_avx2(l_low, l_high, a_third)};
 }
 
 ORDWEL_TARGET("avx2")
@@ -82,14 +106,19 @@ std::size_t triple_find_avx2(unsigned char const *a_data, std::size_t a_size, un
     __m256i const l_first = _mm256_set1_epi8(static_cast<char>(a_first));
     __m256i const l_second = _mm256_set1_epi8(static_cast<char>(a_second));
     __m256i const l_third = _mm256_set1_epi8(static_cast<char>(a_third));
+    bool const l_first_is_second = a_first == a_second;
     std::size_t l_index = 0;
-    // Each step tests 64 positions and reads 2 bytes beyond them.
-    for (; l_index + 66 <= a_size; l_index += 64) {
-        uint64 const l_low = triple_mask_avx2(a_data + l_index, l_first, l_second, l_third);
-        uint64 const l_high = triple_mask_avx2(a_data + l_index + 32, l_first, l_second, l_third);
-        uint64 const l_hits = l_low | (l_high << 32);
-        if (l_hits != 0) {
-            return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+    // The masks of a block are tested once those of the next one are in.
+    if (a_size >= 128) {
+        triple_masks l_block = triple_masks_avx2(a_data, l_first, l_second, l_third, l_first_is_second);
+        for (; l_index + 128 <= a_size; l_index += 64) {
+            triple_masks const l_next =
+                triple_masks_avx2(a_data + l_index + 64, l_first, l_second, l_third, l_first_is_second);
+            uint64 const l_hits = triple_starts(l_block, l_next);
+            if (l_hits != 0) {
+                return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+            }
+            l_block = l_next;
         }
     }
     for (; l_index + 3 <= a_size; ++l_index) {
@@ -156,6 +185,27 @@ uint64 set_positions_avx2(unsigned char const *a_block, byte_set const &a_set)
 // ---- AVX-512 (F and BW): 64 bytes a step; the last, short step loads under a mask, which reads
 // nothing beyond the data.
 
+// The masks of the first and second byte of one 64-byte block; for start codes (first and second
+// byte alike) one compare.
+struct pair_masks {
+    uint64 m_first;
+    uint64 m_second;
+};
+
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE pair_masks pair_masks_avx512(__m512i a_bytes, __m512i a_first, __m512i a_second,
+                                                  bool a_first_is_second)
+{
+    uint64 const l_first = _mm512_cmpeq_epi8_mask(a_bytes, a_first);
+    return {l_first, a_first_is_second ? l_first : _mm512_cmpeq_epi8_mask(a_bytes, a_second)};
+}
+
+// Where the first two bytes start in a block, the next block's low bit filling in from above.
+ORDWEL_ALWAYS_INLINE uint64 pair_starts(pair_masks const &a_block, uint64 a_next_second)
+{
+    return a_block.m_first & ((a_block.m_second >> 1) | (a_next_second << 63));
+}
+
 ORDWEL_TARGET("avx512f,avx512bw")
 std::size_t triple_find_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
                                unsigned char a_second, unsigned char a_third)
@@ -166,20 +216,42 @@ std::size_t triple_find_avx512(unsigned char const *a_data, std::size_t a_size, 
     __m512i const l_first = _mm512_set1_epi8(static_cast<char>(a_first));
     __m512i const l_second = _mm512_set1_epi8(static_cast<char>(a_second));
     __m512i const l_third = _mm512_set1_epi8(static_cast<char>(a_third));
-    std::size_t const l_positions = a_size - 2;
+    bool const l_first_is_second = a_first == a_second;
     std::size_t l_index = 0;
-    for (; l_index + 64 <= l_positions; l_index += 64) {
-        unsigned char const *const l_at = a_data + l_index;
-        __mmask64 const l_hits = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(l_at), l_first) &
-                                 _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(l_at + 1), l_second) &
-                                 _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(l_at + 2), l_third);
-        if (l_hits != 0) {
-            return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+    // One load a block; two blocks a step. The first two bytes together are rare (in a coded
+    // stream 00 00 stands almost only before a start code), so the third byte is compared only
+    // where they stand. A block's masks are tested once those of the next one are in.
+    if (a_size >= 192) {
+        pair_masks l_block = pair_masks_avx512(_mm512_loadu_si512(a_data), l_first, l_second, l_first_is_second);
+        for (; l_index + 192 <= a_size; l_index += 128) {
+            __m512i const l_second_block = _mm512_loadu_si512(a_data + l_index + 64);
+            __m512i const l_third_block = _mm512_loadu_si512(a_data + l_index + 128);
+            pair_masks const l_middle = pair_masks_avx512(l_second_block, l_first, l_second, l_first_is_second);
+            pair_masks const l_next = pair_masks_avx512(l_third_block, l_first, l_second, l_first_is_second);
+            uint64 const l_pairs_low = pair_starts(l_block, l_middle.m_second);
+            uint64 const l_pairs_high = pair_starts(l_middle, l_next.m_second);
+            if ((l_pairs_low | l_pairs_high) != 0) {
+                uint64 const l_third_low = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(a_data + l_index), l_third);
+                uint64 const l_third_middle = _mm512_cmpeq_epi8_mask(l_second_block, l_third);
+                uint64 const l_third_next = _mm512_cmpeq_epi8_mask(l_third_block, l_third);
+                uint64 const l_hits_low = l_pairs_low & ((l_third_low >> 2) | (l_third_middle << 62));
+                if (l_hits_low != 0) {
+                    return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits_low));
+                }
+                uint64 const l_hits_high = l_pairs_high & ((l_third_middle >> 2) | (l_third_next << 62));
+                if (l_hits_high != 0) {
+                    return l_index + 64 + static_cast<std::size_t>(__builtin_ctzll(l_hits_high));
+                }
+            }
+            l_block = l_next;
         }
     }
-    if (l_index < l_positions) {
+    // The rest, fewer than 192 bytes: loads at offsets 0, 1 and 2, under a mask where short.
+    std::size_t const l_positions = a_size - 2;
+    for (; l_index < l_positions; l_index += 64) {
         unsigned char const *const l_at = a_data + l_index;
-        __mmask64 const l_valid = (uint64(1) << (l_positions - l_index)) - 1;
+        __mmask64 const l_valid =
+            l_positions - l_index >= 64 ? ~__mmask64(0) : (uint64(1) << (l_positions - l_index)) - 1;
         __mmask64 const l_hits = _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(l_valid, l_at), l_first) &
                                  _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(l_valid, l_at + 1), l_second) &
                                  _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(l_valid, l_at + 2), l_third) & l_valid;
@@ -188,6 +260,16 @@ std::size_t triple_find_avx512(unsigned char const *a_data, std::size_t a_size, 
         }
     }
     return a_size;
+}
+
+// 16 bytes in each 128-bit lane. (Built from four words: GCC 12 warns inside its own
+// _mm512_broadcast_i32x4.)
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE __m512i table_avx512(unsigned char const *a_table)
+{
+    int l_words[4];
+    std::memcpy(l_words, a_table, sizeof l_words);
+    return _mm512_set4_epi32(l_words[3], l_words[2], l_words[1], l_words[0]);
 }
 
 struct set_tables_avx512 {
@@ -200,10 +282,7 @@ struct set_tables_avx512 {
 ORDWEL_TARGET("avx512f,avx512bw")
 ORDWEL_ALWAYS_INLINE set_tables_avx512 set_tables_avx512_of(byte_set const &a_set)
 {
-    return {_mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_set.m_low))),
-            _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_set.m_high))),
-            _mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<__m128i const *>(k_nibble_bits))),
-            _mm512_set1_epi8(0x0f)};
+    return {table_avx512(a_set.m_low), table_avx512(a_set.m_high), table_avx512(k_nibble_bits), _mm512_set1_epi8(0x0f)};
 }
 
 ORDWEL_TARGET("avx512f,avx512bw")

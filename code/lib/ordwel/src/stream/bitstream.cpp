@@ -77,6 +77,9 @@ private:
     unsigned char m_third;
 };
 
+// The bytes that a search in memory copies into the block behind a match.
+constexpr uint64 k_found_bytes = 64;
+
 // A byte-grid pattern: its leading bytes, mask and value.
 struct byte_pattern {
     byte_lead m_lead;
@@ -84,45 +87,60 @@ struct byte_pattern {
     uint32 m_want;
     uint64 m_bits;
 
-    bool matches(unsigned char const *a_at) const { return (internal::load_be<uint32>(a_at) & m_mask) == m_want; }
+    bool matches(uint32 a_word) const { return (a_word & m_mask) == m_want; }
+    bool matches(unsigned char const *a_at) const { return matches(internal::load_be<uint32>(a_at)); }
 };
 
 // Where a search at byte positions over memory ends: at a pattern that starts among the bytes left
 // in the block (the seam), at one in the memory, or nowhere.
 enum class memory_match { seam, memory, none };
 
-// Scans the a_left bytes left in the block at a_left_bytes, then the memory behind them. A pattern
-// is found where all its bits lie in the data. a_at: the offset in the memory of the one found there.
+// Scans the a_left bytes (fewer than 8) left in the block at a_left_bytes, then the memory from
+// a_begin on. A pattern is found where all its bits lie in the data. 8 bytes at a_left_bytes are
+// readable (the block has room behind its data). a_at: the position in the memory of the one
+// found there.
 memory_match find_in_memory(byte_pattern const &a_pattern, unsigned char const *a_left_bytes, uint64 a_left,
-                            stream::memory_span const &a_memory, uint64 &a_at)
+                            stream::memory_span const &a_memory, uint64 a_begin, uint64 &a_at)
 {
-    uint64 const l_joined = a_left + std::min<uint64>(a_memory.m_size, 3);
-    unsigned char l_seam[16] = {};
-    std::memcpy(l_seam, a_left_bytes, static_cast<std::size_t>(a_left));
-    if (l_joined != a_left) {
-        std::memcpy(l_seam + a_left, a_memory.m_data, static_cast<std::size_t>(l_joined - a_left));
-    }
-    for (uint64 l_at = 0; l_at < a_left && 8 * l_at + a_pattern.m_bits <= 8 * l_joined; ++l_at) {
-        if (a_pattern.matches(l_seam + l_at)) {
-            return memory_match::seam;
+    unsigned char const *const l_data = a_memory.m_data + a_begin;
+    uint64 const l_size = a_memory.m_size - a_begin;
+    if (a_left != 0) {
+        // The bytes left and up to 3 of the memory, big-endian in two registers: l_high holds
+        // the first 8, l_low the rest.
+        uint64 const l_joined = a_left + std::min<uint64>(l_size, 3);
+        uint64 l_high = internal::load_be<uint64>(a_left_bytes) & (~uint64(0) << (64 - 8 * a_left));
+        uint64 l_low = 0;
+        for (uint64 l_index = a_left; l_index < l_joined; ++l_index) {
+            uint64 const l_byte = l_data[l_index - a_left];
+            if (l_index < 8) {
+                l_high |= l_byte << (56 - 8 * l_index);
+            } else {
+                l_low |= l_byte << (56 - 8 * (l_index - 8));
+            }
+        }
+        for (uint64 l_at = 0; l_at < a_left && 8 * l_at + a_pattern.m_bits <= 8 * l_joined; ++l_at) {
+            uint64 const l_window = l_at == 0 ? l_high : (l_high << (8 * l_at)) | (l_low >> (64 - 8 * l_at));
+            if (a_pattern.matches(static_cast<uint32>(l_window >> 32))) {
+                return memory_match::seam;
+            }
         }
     }
     uint64 l_at = 0;
-    while (l_at < a_memory.m_size) {
-        l_at += a_pattern.m_lead.first(a_memory.m_data + l_at, static_cast<std::size_t>(a_memory.m_size - l_at));
-        uint64 const l_rest = a_memory.m_size - l_at;
+    while (l_at < l_size) {
+        l_at += a_pattern.m_lead.first(l_data + l_at, static_cast<std::size_t>(l_size - l_at));
+        uint64 const l_rest = l_size - l_at;
         if (8 * l_rest < a_pattern.m_bits) {
             break;
         }
         // The last bytes of the memory are tested through a copy that zeros behind them.
         unsigned char l_last[4] = {};
-        unsigned char const *l_bytes = a_memory.m_data + l_at;
+        unsigned char const *l_bytes = l_data + l_at;
         if (l_rest < 4) {
             std::memcpy(l_last, l_bytes, static_cast<std::size_t>(l_rest));
             l_bytes = l_last;
         }
         if (a_pattern.matches(l_bytes)) {
-            a_at = l_at;
+            a_at = a_begin + l_at;
             return memory_match::memory;
         }
         ++l_at;
@@ -254,6 +272,46 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
     // and tests the candidates: the same positions in the same order as the word scan.
     bool const l_byte_grid = l_step == 8 && l_bits >= 8;
     byte_pattern const l_pattern{byte_lead(l_want, l_bits), l_mask, l_want, l_bits};
+
+    // Over the library's memory streams the data behind the block is scanned where it lies. The
+    // block then takes a few words from a match on (the next search goes on in memory, a field read
+    // past them refills as usual); each byte keeps its offset modulo 4 in the block, as a refill
+    // keeps it. A failed search consumes everything.
+    stream::memory_span l_memory{};
+    bool const l_in_memory = l_byte_grid && l_offset % 8 == 0 && stream::memory_access::span_of(*m_stream, l_memory);
+    auto const l_settle = [&](memory_match a_match, uint64 a_at) {
+        uint64 const l_phase = (m_bytes - l_memory.m_position) & 3;
+        unsigned char *const l_bytes = bytes();
+        if (a_match == memory_match::memory) {
+            uint64 const l_offset_in_block = (a_at + l_phase) & 3;
+            uint64 const l_count = std::min({l_memory.m_size - a_at, m_size, k_found_bytes});
+            std::memcpy(l_bytes + l_offset_in_block, l_memory.m_data + a_at, static_cast<std::size_t>(l_count));
+            stream::memory_access::set_position(*m_stream, a_at + l_count);
+            m_bytes = l_offset_in_block + l_count;
+            m_bits = 8 * l_count - l_bits;
+        } else {
+            uint64 const l_end = std::max(l_memory.m_position, l_memory.m_size);
+            stream::memory_access::set_position(*m_stream, l_end);
+            m_bytes = (l_end + l_phase) & 3;
+            m_bits = 0;
+        }
+        clear_behind(l_bytes, m_bytes);
+        return a_match == memory_match::memory;
+    };
+    // Normally the bytes left in the block are those just before the stream's position (unless
+    // the caller moved the stream): then the whole search runs in memory.
+    if (l_in_memory && l_memory.m_position <= l_memory.m_size) {
+        uint64 const l_from = l_position / 8;
+        uint64 const l_left = m_bytes - l_from;
+        if (l_left <= l_memory.m_position &&
+            std::memcmp(l_block + l_from, l_memory.m_data + l_memory.m_position - l_left,
+                        static_cast<std::size_t>(l_left)) == 0) {
+            uint64 l_at = 0;
+            memory_match const l_match =
+                find_in_memory(l_pattern, nullptr, 0, l_memory, l_memory.m_position - l_left, l_at);
+            return l_settle(l_match, l_at);
+        }
+    }
     for (;;) {
         // A word is scanned only when the next one is whole too: then every span that starts in it
         // lies in the data, and a span that runs past the data is tested after the next refill.
@@ -293,31 +351,16 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             l_offset = 0;
             ++l_word;
         }
-        // Over the library's memory streams the rest is scanned where it lies.
-        if (l_byte_grid && l_offset % 8 == 0) {
-            stream::memory_span l_memory{};
-            if (stream::memory_access::span_of(*m_stream, l_memory)) {
-                uint64 const l_from = 4 * l_word + l_offset / 8;
-                uint64 l_at = 0;
-                memory_match const l_match =
-                    find_in_memory(l_pattern, l_block + l_from, m_bytes - l_from, l_memory, l_at);
-                // The data keeps its offset modulo 4 in the block, as a refill keeps it.
-                uint64 const l_phase = (m_bytes - l_memory.m_position) & 3;
-                if (l_match == memory_match::memory) {
-                    // The block is filled from the pattern on; the cursor stands behind it.
-                    stream::memory_access::consume(*m_stream, l_at);
-                    m_bits = 0;
-                    uint64 const l_got = fill_from((l_memory.m_position + l_at + l_phase) & 3, 64);
-                    m_bits = 8 * l_got - l_bits;
-                    return true;
-                }
-                if (l_match == memory_match::none) {
-                    stream::memory_access::consume(*m_stream, l_memory.m_size);
-                    m_bytes = (l_memory.m_position + l_memory.m_size + l_phase) & 3;
-                    clear_behind(bytes(), m_bytes);
-                    m_bits = 0;
-                    return false;
-                }
+        // The bytes left in the block meet the memory: a pattern that starts among them is left to
+        // the refill and the word scan, which find it in their first words.
+        if (l_in_memory && l_offset % 8 == 0) {
+            stream::memory_access::span_of(*m_stream, l_memory);
+            uint64 const l_from = 4 * l_word + l_offset / 8;
+            uint64 l_at = 0;
+            memory_match const l_match = find_in_memory(l_pattern, l_block + l_from, m_bytes - l_from, l_memory,
+                                                        std::min(l_memory.m_position, l_memory.m_size), l_at);
+            if (l_match != memory_match::seam) {
+                return l_settle(l_match, l_at);
             }
         }
         // Fewer than two words left: carry them to the front of the block (the word under the scan
