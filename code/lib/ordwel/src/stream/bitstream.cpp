@@ -40,11 +40,11 @@ std::unique_ptr<uint32[]> zeroed_words(uint64 a_bytes)
     return std::unique_ptr<uint32[]>(new uint32[static_cast<std::size_t>(a_bytes / 4)]());
 }
 
-// Zeros from a_end to the end of the word after the one that holds it.
+// Zeros from a_end to the end of the word after the one that holds it: 8 bytes, which cover them
+// (the block has room behind its last word) in one store.
 void clear_behind(unsigned char *a_block, uint64 a_end)
 {
-    uint64 const l_stop = (a_end & ~uint64(3)) + 8;
-    std::memset(a_block + a_end, 0, static_cast<std::size_t>(l_stop - a_end));
+    std::memset(a_block + a_end, 0, 8);
 }
 
 // The leading bytes of a pattern searched at byte positions: three where the pattern has them (start
@@ -285,7 +285,11 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
         if (a_match == memory_match::memory) {
             uint64 const l_offset_in_block = (a_at + l_phase) & 3;
             uint64 const l_count = std::min({l_memory.m_size - a_at, m_size, k_found_bytes});
-            std::memcpy(l_bytes + l_offset_in_block, l_memory.m_data + a_at, static_cast<std::size_t>(l_count));
+            if (l_count == k_found_bytes) {
+                std::memcpy(l_bytes + l_offset_in_block, l_memory.m_data + a_at, k_found_bytes);
+            } else {
+                std::memcpy(l_bytes + l_offset_in_block, l_memory.m_data + a_at, static_cast<std::size_t>(l_count));
+            }
             stream::memory_access::set_position(*m_stream, a_at + l_count);
             m_bytes = l_offset_in_block + l_count;
             m_bits = 8 * l_count - l_bits;
