@@ -241,6 +241,37 @@ TEST_F(scan_find, reading_after_a_search_in_memory_is_as_through_the_block)
     }
 }
 
+// A caller that moves the memory stream under the reader: the bytes left in the block are no
+// longer those before the position, and the search goes on through them into the memory, as it
+// does through a derived stream that the reader reads through its block.
+TEST_F(scan_find, a_stream_moved_under_the_reader_goes_on_where_it_stands)
+{
+    std::string const l_data = planted_data();
+    for (uint64 const l_block : {4, 20, 64}) {
+        for (sint64 const l_jump : {0, 1, 2, 3, 5, 4093, 12000}) {
+            stream::mem l_memory(const_cast<char *>(l_data.data()), l_data.size());
+            counting_mem l_derived(const_cast<char *>(l_data.data()), l_data.size());
+            bitstream::rd l_in_place(l_memory, l_block);
+            bitstream::rd l_through(l_derived, l_block);
+            EXPECT_EQ(l_in_place.read(24), l_through.read(24));
+            l_memory.seek(l_jump, stream::begin);
+            l_derived.seek(l_jump, stream::begin);
+            int l_found = 0;
+            for (;;) {
+                bool const l_match = l_in_place.find(1, 24, 8, 8);
+                ASSERT_EQ(l_through.find(1, 24, 8, 8), l_match) << l_block << ", " << l_jump;
+                ASSERT_EQ(l_in_place.tell(), l_through.tell()) << l_block << ", " << l_jump;
+                ASSERT_EQ(l_in_place.peek(16), l_through.peek(16)) << l_block << ", " << l_jump;
+                if (!l_match) {
+                    break;
+                }
+                ++l_found;
+            }
+            EXPECT_GT(l_found, 0);
+        }
+    }
+}
+
 // Sources of the caller's own see the reads they saw before the memory streams were scanned in
 // place: a memory stream of a derived class is read as a scripted one is.
 TEST_F(scan_find, other_sources_are_read_as_before)
