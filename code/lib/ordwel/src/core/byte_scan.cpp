@@ -62,19 +62,24 @@ uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
 // The bit that a byte's high nibble h selects in a row of the set's tables: 1 << (h & 7).
 alignas(16) unsigned char const k_nibble_bits[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
 
-// The masks of one 64-byte block where each of the three bytes stands (bit i for byte i).
-struct triple_masks {
+// The masks of one 64-byte block where the first and the second byte stand (bit i for byte i).
+struct pair_masks {
     uint64 m_first;
     uint64 m_second;
-    uint64 m_third;
 };
 
-// The positions of a block where the three bytes start: the second byte's mask shifted down by 1
-// and the third's by 2, the next block's low bits filling in from above.
-ORDWEL_ALWAYS_INLINE uint64 triple_starts(triple_masks const &a_block, triple_masks const &a_next)
+// Where the first two bytes start in a block: the second byte's mask shifted down by 1, the next
+// block's low bit filling in from above.
+ORDWEL_ALWAYS_INLINE uint64 pair_starts(pair_masks const &a_block, uint64 a_next_second)
 {
-    return a_block.m_first & ((a_block.m_second >> 1) | (a_next.m_second << 63)) &
-           ((a_block.m_third >> 2) | (a_next.m_third << 62));
+    return a_block.m_first & ((a_block.m_second >> 1) | (a_next_second << 63));
+}
+
+// Of a_pairs, those with the third byte behind them, from the third byte's masks of the block and
+// the next one.
+ORDWEL_ALWAYS_INLINE uint64 triple_starts(uint64 a_pairs, uint64 a_third, uint64 a_next_third)
+{
+    return a_pairs & ((a_third >> 2) | (a_next_third << 62));
 }
 
 // ---- AVX2: 32 bytes a load.
@@ -87,16 +92,13 @@ ORDWEL_ALWAYS_INLINE uint64 equal_mask_avx2(__m256i a_low, __m256i a_high, __m25
     return l_low | (l_high << 32);
 }
 
-// One load per 32 bytes; for start codes (first and second byte alike) two compares.
+// For start codes (first and second byte alike) two compares for 64 bytes.
 ORDWEL_TARGET("avx2")
-ORDWEL_ALWAYS_INLINE triple_masks triple_masks_avx2(unsigned char const *a_at, __m256i a_first, __m256i a_second,
-                                                    __m256i a_third, bool a_first_is_second)
+ORDWEL_ALWAYS_INLINE pair_masks pair_masks_avx2(__m256i a_low, __m256i a_high, __m256i a_first, __m256i a_second,
+                                                bool a_first_is_second)
 {
-    __m256i const l_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at));
-    __m256i const l_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_at + 32));
-    uint64 const l_first = equal_mask_avx2(l_low, l_high, a_first);
-    return {l_first, a_first_is_second ? l_first : equal_mask_avx2(l_low, l_high, a_second),
-            equal_mask_avx2(l_low, l_high, a_third)};
+    uint64 const l_first = equal_mask_avx2(a_low, a_high, a_first);
+    return {l_first, a_first_is_second ? l_first : equal_mask_avx2(a_low, a_high, a_second)};
 }
 
 ORDWEL_TARGET("avx2")
@@ -108,17 +110,42 @@ std::size_t triple_find_avx2(unsigned char const *a_data, std::size_t a_size, un
     __m256i const l_third = _mm256_set1_epi8(static_cast<char>(a_third));
     bool const l_first_is_second = a_first == a_second;
     std::size_t l_index = 0;
-    // The masks of a block are tested once those of the next one are in.
+    // As at AVX-512: one load a 32 bytes, the third byte compared only behind a pair, a block's
+    // masks tested once those of the next one are in.
     if (a_size >= 128) {
-        triple_masks l_block = triple_masks_avx2(a_data, l_first, l_second, l_third, l_first_is_second);
+        __m256i l_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data));
+        __m256i l_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + 32));
+        pair_masks l_block = pair_masks_avx2(l_low, l_high, l_first, l_second, l_first_is_second);
         for (; l_index + 128 <= a_size; l_index += 64) {
-            triple_masks const l_next =
-                triple_masks_avx2(a_data + l_index + 64, l_first, l_second, l_third, l_first_is_second);
-            uint64 const l_hits = triple_starts(l_block, l_next);
-            if (l_hits != 0) {
-                return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+            __m256i const l_next_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + l_index + 64));
+            __m256i const l_next_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + l_index + 96));
+            pair_masks const l_next = pair_masks_avx2(l_next_low, l_next_high, l_first, l_second, l_first_is_second);
+            uint64 const l_pairs = pair_starts(l_block, l_next.m_second);
+            if (l_pairs != 0) {
+                uint64 const l_hits = triple_starts(l_pairs, equal_mask_avx2(l_low, l_high, l_third),
+                                                    equal_mask_avx2(l_next_low, l_next_high, l_third));
+                if (l_hits != 0) {
+                    return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+                }
             }
             l_block = l_next;
+            l_low = l_next_low;
+            l_high = l_next_high;
+        }
+    }
+    // The rest, 32 positions a step: loads at offsets 0, 1 and 2, then byte by byte.
+    for (; l_index + 34 <= a_size; l_index += 32) {
+        unsigned char const *const l_at = a_data + l_index;
+        __m256i const l_at_first =
+            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_at)), l_first);
+        __m256i const l_at_second =
+            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_at + 1)), l_second);
+        __m256i const l_at_third =
+            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_at + 2)), l_third);
+        auto const l_hits = static_cast<uint32>(
+            _mm256_movemask_epi8(_mm256_and_si256(_mm256_and_si256(l_at_first, l_at_second), l_at_third)));
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
         }
     }
     for (; l_index + 3 <= a_size; ++l_index) {
@@ -185,25 +212,13 @@ uint64 set_positions_avx2(unsigned char const *a_block, byte_set const &a_set)
 // ---- AVX-512 (F and BW): 64 bytes a step; the last, short step loads under a mask, which reads
 // nothing beyond the data.
 
-// The masks of the first and second byte of one 64-byte block; for start codes (first and second
-// byte alike) one compare.
-struct pair_masks {
-    uint64 m_first;
-    uint64 m_second;
-};
-
+// For start codes (first and second byte alike) one compare.
 ORDWEL_TARGET("avx512f,avx512bw")
 ORDWEL_ALWAYS_INLINE pair_masks pair_masks_avx512(__m512i a_bytes, __m512i a_first, __m512i a_second,
                                                   bool a_first_is_second)
 {
     uint64 const l_first = _mm512_cmpeq_epi8_mask(a_bytes, a_first);
     return {l_first, a_first_is_second ? l_first : _mm512_cmpeq_epi8_mask(a_bytes, a_second)};
-}
-
-// Where the first two bytes start in a block, the next block's low bit filling in from above.
-ORDWEL_ALWAYS_INLINE uint64 pair_starts(pair_masks const &a_block, uint64 a_next_second)
-{
-    return a_block.m_first & ((a_block.m_second >> 1) | (a_next_second << 63));
 }
 
 ORDWEL_TARGET("avx512f,avx512bw")
@@ -234,11 +249,11 @@ std::size_t triple_find_avx512(unsigned char const *a_data, std::size_t a_size, 
                 uint64 const l_third_low = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(a_data + l_index), l_third);
                 uint64 const l_third_middle = _mm512_cmpeq_epi8_mask(l_second_block, l_third);
                 uint64 const l_third_next = _mm512_cmpeq_epi8_mask(l_third_block, l_third);
-                uint64 const l_hits_low = l_pairs_low & ((l_third_low >> 2) | (l_third_middle << 62));
+                uint64 const l_hits_low = triple_starts(l_pairs_low, l_third_low, l_third_middle);
                 if (l_hits_low != 0) {
                     return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits_low));
                 }
-                uint64 const l_hits_high = l_pairs_high & ((l_third_middle >> 2) | (l_third_next << 62));
+                uint64 const l_hits_high = triple_starts(l_pairs_high, l_third_middle, l_third_next);
                 if (l_hits_high != 0) {
                     return l_index + 64 + static_cast<std::size_t>(__builtin_ctzll(l_hits_high));
                 }
