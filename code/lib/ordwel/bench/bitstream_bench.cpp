@@ -1,11 +1,13 @@
 // Bit cursors over 1 MiB in memory, in bytes of data per second: fields of
 // mixed widths (1 to 32 bits) read beside GStreamer's GstBitReader (its inline
 // checked getter) and written beside GstBitWriter; and a search for 00 00 01
-// start codes at byte positions beside GstByteReader's masked 32-bit scan.
-// ordwel reads through a stream::mem and writes into a stream::buf, both with
-// a 4 KiB block.
+// start codes at byte positions beside GstByteReader's masked 32-bit scan and
+// beside memchr over the same 1 MiB (a bound: one pass, one byte compared),
+// with the search also at the scalar level. ordwel reads through a stream::mem
+// and writes into a stream::buf, both with a 4 KiB block.
 
 #include <cstddef>
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -14,6 +16,8 @@
 #include <ordwel/bitstream.h>
 #include <ordwel/buffer.h>
 #include <ordwel/stream.h>
+
+#include "core/cpu_dispatch.h"
 
 #if defined(ORDWEL_HAVE_GSTREAMER_BASE_1_0)
 #include <gst/base/gstbitreader.h>
@@ -128,6 +132,32 @@ void ordwel_find_start_codes(benchmark::State &a_state)
     set_bytes(a_state);
 }
 BENCHMARK(ordwel_find_start_codes);
+
+// The search as a processor without vector kernels runs it.
+void ordwel_find_start_codes_scalar(benchmark::State &a_state)
+{
+    ordwel::internal::simd_level_cap(ordwel::internal::simd_level::scalar);
+    ordwel_find_start_codes(a_state);
+    ordwel::internal::simd_level_cap(ordwel::internal::simd_level::avx512);
+}
+BENCHMARK(ordwel_find_start_codes_scalar);
+
+// memchr for a byte that the data does not hold: one pass over the 1 MiB.
+void memchr_scan(benchmark::State &a_state)
+{
+    static std::vector<unsigned char> const k_without = [] {
+        std::vector<unsigned char> l_bytes = data();
+        for (unsigned char &l_byte : l_bytes) {
+            l_byte = l_byte == 0xa5 ? 0xa4 : l_byte;
+        }
+        return l_bytes;
+    }();
+    for (auto _ : a_state) {
+        benchmark::DoNotOptimize(std::memchr(k_without.data(), 0xa5, k_size));
+    }
+    set_bytes(a_state);
+}
+BENCHMARK(memchr_scan);
 
 #if defined(ORDWEL_HAVE_GSTREAMER_BASE_1_0)
 void gstreamer_bit_read(benchmark::State &a_state)

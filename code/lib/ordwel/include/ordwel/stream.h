@@ -154,6 +154,7 @@ public:
     void flush() override;
 
 private:
+    friend class memory_access;
     buffer *m_buffer;
     uint64 m_pos;
 };
@@ -186,6 +187,7 @@ public:
     void flush() override;
 
 private:
+    friend class memory_access;
     uint64 m_size;
     unsigned char *m_data;
     uint64 m_pos;

@@ -5,6 +5,9 @@
 #include <cstring>
 #include <exception>
 
+#include "core/byte_scan.h"
+#include "stream/stream_memory.h"
+
 namespace ordwel {
 namespace bitstream {
 
@@ -37,11 +40,112 @@ std::unique_ptr<uint32[]> zeroed_words(uint64 a_bytes)
     return std::unique_ptr<uint32[]>(new uint32[static_cast<std::size_t>(a_bytes / 4)]());
 }
 
-// Zeros from a_end to the end of the word after the one that holds it.
+// Zeros from a_end to the end of the word after the one that holds it: 8 bytes, which cover them
+// (the block has room behind its last word) in one store.
 void clear_behind(unsigned char *a_block, uint64 a_end)
 {
-    uint64 const l_stop = (a_end & ~uint64(3)) + 8;
-    std::memset(a_block + a_end, 0, static_cast<std::size_t>(l_stop - a_end));
+    std::memset(a_block + a_end, 0, 8);
+}
+
+// The leading bytes of a pattern searched at byte positions: three where the pattern has them (start
+// codes 00 00 01 among them), found by the vector kernel of the active level, else the first, found
+// by memchr.
+class byte_lead {
+public:
+    byte_lead(uint32 a_want, uint64 a_bits)
+        : m_triple(a_bits >= 24 ? internal::k_triple_find.for_level(internal::simd_level_active()) : nullptr),
+          m_first(static_cast<unsigned char>(a_want >> 24)), m_second(static_cast<unsigned char>(a_want >> 16)),
+          m_third(static_cast<unsigned char>(a_want >> 8))
+    {
+    }
+
+    // The first offset in a_data[0, a_size) where the leading bytes stand whole; a_size when
+    // there is none.
+    std::size_t first(unsigned char const *a_data, std::size_t a_size) const
+    {
+        if (m_triple != nullptr) {
+            return m_triple(a_data, a_size, m_first, m_second, m_third);
+        }
+        auto const *const l_hit = static_cast<unsigned char const *>(std::memchr(a_data, m_first, a_size));
+        return l_hit == nullptr ? a_size : static_cast<std::size_t>(l_hit - a_data);
+    }
+
+private:
+    internal::triple_find m_triple;
+    unsigned char m_first;
+    unsigned char m_second;
+    unsigned char m_third;
+};
+
+// The bytes that a search in memory copies into the block behind a match.
+constexpr uint64 k_found_bytes = 64;
+
+// A byte-grid pattern: its leading bytes, mask and value.
+struct byte_pattern {
+    byte_lead m_lead;
+    uint32 m_mask;
+    uint32 m_want;
+    uint64 m_bits;
+
+    bool matches(uint32 a_word) const { return (a_word & m_mask) == m_want; }
+    bool matches(unsigned char const *a_at) const { return matches(internal::load_be<uint32>(a_at)); }
+};
+
+// Where a search at byte positions over memory ends: at a pattern that starts among the bytes left
+// in the block (the seam), at one in the memory, or nowhere.
+enum class memory_match { seam, memory, none };
+
+// Scans the a_left bytes (fewer than 8) left in the block at a_left_bytes, then the memory from
+// a_begin on. A pattern is found where all its bits lie in the data. 8 bytes at a_left_bytes are
+// readable (the block has room behind its data). a_at: the position in the memory of the one
+// found there.
+memory_match find_in_memory(byte_pattern const &a_pattern, unsigned char const *a_left_bytes, uint64 a_left,
+                            stream::memory_span const &a_memory, uint64 a_begin, uint64 &a_at)
+{
+    unsigned char const *const l_data = a_memory.m_data + a_begin;
+    uint64 const l_size = a_memory.m_size - a_begin;
+    if (a_left != 0) {
+        // The bytes left and up to 3 of the memory, big-endian in two registers: l_high holds
+        // the first 8, l_low the rest.
+        uint64 const l_joined = a_left + std::min<uint64>(l_size, 3);
+        uint64 l_high = internal::load_be<uint64>(a_left_bytes) & (~uint64(0) << (64 - 8 * a_left));
+        uint64 l_low = 0;
+        for (uint64 l_index = a_left; l_index < l_joined; ++l_index) {
+            uint64 const l_byte = l_data[l_index - a_left];
+            if (l_index < 8) {
+                l_high |= l_byte << (56 - 8 * l_index);
+            } else {
+                l_low |= l_byte << (56 - 8 * (l_index - 8));
+            }
+        }
+        for (uint64 l_at = 0; l_at < a_left && 8 * l_at + a_pattern.m_bits <= 8 * l_joined; ++l_at) {
+            uint64 const l_window = l_at == 0 ? l_high : (l_high << (8 * l_at)) | (l_low >> (64 - 8 * l_at));
+            if (a_pattern.matches(static_cast<uint32>(l_window >> 32))) {
+                return memory_match::seam;
+            }
+        }
+    }
+    uint64 l_at = 0;
+    while (l_at < l_size) {
+        l_at += a_pattern.m_lead.first(l_data + l_at, static_cast<std::size_t>(l_size - l_at));
+        uint64 const l_rest = l_size - l_at;
+        if (8 * l_rest < a_pattern.m_bits) {
+            break;
+        }
+        // The last bytes of the memory are tested through a copy that zeros behind them.
+        unsigned char l_last[4] = {};
+        unsigned char const *l_bytes = l_data + l_at;
+        if (l_rest < 4) {
+            std::memcpy(l_last, l_bytes, static_cast<std::size_t>(l_rest));
+            l_bytes = l_last;
+        }
+        if (a_pattern.matches(l_bytes)) {
+            a_at = a_begin + l_at;
+            return memory_match::memory;
+        }
+        ++l_at;
+    }
+    return memory_match::none;
 }
 
 } // namespace
@@ -164,10 +268,54 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
     uint64 l_valid = l_unread + l_offset;
     uint64 l_word = l_position / 32;
     unsigned char const *const l_block = bytes();
-    // A search at byte positions for a pattern with a whole first byte looks that byte up with
-    // memchr and tests the candidates: the same positions in the same order as the word scan.
+    // A search at byte positions for a pattern with a whole first byte looks up its leading bytes
+    // and tests the candidates: the same positions in the same order as the word scan.
     bool const l_byte_grid = l_step == 8 && l_bits >= 8;
-    auto const l_first = static_cast<unsigned char>(l_want >> 24);
+    byte_pattern const l_pattern{byte_lead(l_want, l_bits), l_mask, l_want, l_bits};
+
+    // Over the library's memory streams the data behind the block is scanned where it lies. The
+    // block then takes a few words from a match on (the next search goes on in memory, a field read
+    // past them refills as usual); each byte keeps its offset modulo 4 in the block, as a refill
+    // keeps it. A failed search consumes everything.
+    stream::memory_span l_memory{};
+    bool const l_in_memory = l_byte_grid && l_offset % 8 == 0 && stream::memory_access::span_of(*m_stream, l_memory);
+    auto const l_settle = [&](memory_match a_match, uint64 a_at) {
+        uint64 const l_phase = (m_bytes - l_memory.m_position) & 3;
+        unsigned char *const l_bytes = bytes();
+        if (a_match == memory_match::memory) {
+            uint64 const l_offset_in_block = (a_at + l_phase) & 3;
+            uint64 const l_count = std::min({l_memory.m_size - a_at, m_size, k_found_bytes});
+            if (l_count == k_found_bytes) {
+                std::memcpy(l_bytes + l_offset_in_block, l_memory.m_data + a_at, k_found_bytes);
+            } else {
+                std::memcpy(l_bytes + l_offset_in_block, l_memory.m_data + a_at, static_cast<std::size_t>(l_count));
+            }
+            stream::memory_access::set_position(*m_stream, a_at + l_count);
+            m_bytes = l_offset_in_block + l_count;
+            m_bits = 8 * l_count - l_bits;
+        } else {
+            uint64 const l_end = std::max(l_memory.m_position, l_memory.m_size);
+            stream::memory_access::set_position(*m_stream, l_end);
+            m_bytes = (l_end + l_phase) & 3;
+            m_bits = 0;
+        }
+        clear_behind(l_bytes, m_bytes);
+        return a_match == memory_match::memory;
+    };
+    // Normally the bytes left in the block are those just before the stream's position (unless
+    // the caller moved the stream): then the whole search runs in memory.
+    if (l_in_memory && l_memory.m_position <= l_memory.m_size) {
+        uint64 const l_from = l_position / 8;
+        uint64 const l_left = m_bytes - l_from;
+        if (l_left <= l_memory.m_position &&
+            std::memcmp(l_block + l_from, l_memory.m_data + l_memory.m_position - l_left,
+                        static_cast<std::size_t>(l_left)) == 0) {
+            uint64 l_at = 0;
+            memory_match const l_match =
+                find_in_memory(l_pattern, nullptr, 0, l_memory, l_memory.m_position - l_left, l_at);
+            return l_settle(l_match, l_at);
+        }
+    }
     for (;;) {
         // A word is scanned only when the next one is whole too: then every span that starts in it
         // lies in the data, and a span that runs past the data is tested after the next refill.
@@ -176,14 +324,16 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             unsigned char const *l_from = l_block + 4 * l_word + l_offset / 8;
             unsigned char const *const l_to = l_block + 4 * (l_word + l_words);
             uint64 const l_end = 32 * l_word + l_valid;
+            // At least one word of data stands behind l_to: every position before it has its
+            // leading bytes in the data.
             while (l_from < l_to) {
-                auto const *const l_hit = static_cast<unsigned char const *>(
-                    std::memchr(l_from, l_first, static_cast<std::size_t>(l_to - l_from)));
-                if (l_hit == nullptr) {
+                unsigned char const *const l_hit =
+                    l_from + l_pattern.m_lead.first(l_from, static_cast<std::size_t>(l_to - l_from) + 2);
+                if (l_hit >= l_to) {
                     break;
                 }
                 uint64 const l_at = 8 * static_cast<uint64>(l_hit - l_block);
-                if ((internal::load_be<uint32>(l_hit) & l_mask) == l_want) {
+                if (l_pattern.matches(l_hit)) {
                     m_bits = l_end - l_at - l_bits;
                     return true;
                 }
@@ -204,6 +354,18 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             l_valid -= 32;
             l_offset = 0;
             ++l_word;
+        }
+        // The bytes left in the block meet the memory: a pattern that starts among them is left to
+        // the refill and the word scan, which find it in their first words.
+        if (l_in_memory && l_offset % 8 == 0) {
+            stream::memory_access::span_of(*m_stream, l_memory);
+            uint64 const l_from = 4 * l_word + l_offset / 8;
+            uint64 l_at = 0;
+            memory_match const l_match = find_in_memory(l_pattern, l_block + l_from, m_bytes - l_from, l_memory,
+                                                        std::min(l_memory.m_position, l_memory.m_size), l_at);
+            if (l_match != memory_match::seam) {
+                return l_settle(l_match, l_at);
+            }
         }
         // Fewer than two words left: carry them to the front of the block (the word under the scan
         // starts a word, so it goes to the very front) and read behind them.

@@ -1,0 +1,367 @@
+#include "core/byte_scan.h"
+
+#include <cstring>
+
+#include <ordwel/internal/attributes.h>
+
+#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
+#define ORDWEL_BYTE_SCAN_X86 1
+#include <immintrin.h>
+#endif
+
+namespace ordwel {
+namespace internal {
+
+namespace {
+
+// Scalar kernels. The triple search asks memchr for the third byte, which the C library scans
+// with vector instructions of its own, and tests the two before each hit.
+std::size_t triple_find_scalar(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                               unsigned char a_second, unsigned char a_third)
+{
+    if (a_size < 3) {
+        return a_size;
+    }
+    unsigned char const *l_from = a_data + 2;
+    unsigned char const *const l_end = a_data + a_size;
+    while (l_from < l_end) {
+        auto const *const l_hit =
+            static_cast<unsigned char const *>(std::memchr(l_from, a_third, static_cast<std::size_t>(l_end - l_from)));
+        if (l_hit == nullptr) {
+            break;
+        }
+        if (l_hit[-2] == a_first && l_hit[-1] == a_second) {
+            return static_cast<std::size_t>(l_hit - a_data) - 2;
+        }
+        l_from = l_hit + 1;
+    }
+    return a_size;
+}
+
+std::size_t set_find_scalar(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set)
+{
+    for (std::size_t l_index = 0; l_index < a_size; ++l_index) {
+        if (byte_set_has(a_set, a_data[l_index])) {
+            return l_index;
+        }
+    }
+    return a_size;
+}
+
+uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
+{
+    uint64 l_positions = 0;
+    for (unsigned l_index = 0; l_index < 64; ++l_index) {
+        l_positions |= static_cast<uint64>(byte_set_has(a_set, a_block[l_index])) << l_index;
+    }
+    return l_positions;
+}
+
+#if defined(ORDWEL_BYTE_SCAN_X86)
+
+// The bit that a byte's high nibble h selects in a row of the set's tables: 1 << (h & 7).
+alignas(16) unsigned char const k_nibble_bits[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+
+// The masks of one 64-byte block where the first and the second byte stand (bit i for byte i).
+struct pair_masks {
+    uint64 m_first;
+    uint64 m_second;
+};
+
+// Where the first two bytes start in a block: the second byte's mask shifted down by 1, the next
+// block's low bit filling in from above.
+ORDWEL_ALWAYS_INLINE uint64 pair_starts(pair_masks const &a_block, uint64 a_next_second)
+{
+    return a_block.m_first & ((a_block.m_second >> 1) | (a_next_second << 63));
+}
+
+// Of a_pairs, those with the third byte behind them, from the third byte's masks of the block and
+// the next one.
+ORDWEL_ALWAYS_INLINE uint64 triple_starts(uint64 a_pairs, uint64 a_third, uint64 a_next_third)
+{
+    return a_pairs & ((a_third >> 2) | (a_next_third << 62));
+}
+
+// ---- AVX2: 32 bytes a load.
+
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE uint64 equal_mask_avx2(__m256i a_low, __m256i a_high, __m256i a_byte)
+{
+    uint64 const l_low = static_cast<uint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(a_low, a_byte)));
+    uint64 const l_high = static_cast<uint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(a_high, a_byte)));
+    return l_low | (l_high << 32);
+}
+
+// For start codes (first and second byte alike) two compares for 64 bytes.
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE pair_masks pair_masks_avx2(__m256i a_low, __m256i a_high, __m256i a_first, __m256i a_second,
+                                                bool a_first_is_second)
+{
+    uint64 const l_first = equal_mask_avx2(a_low, a_high, a_first);
+    return {l_first, a_first_is_second ? l_first : equal_mask_avx2(a_low, a_high, a_second)};
+}
+
+ORDWEL_TARGET("avx2")
+std::size_t triple_find_avx2(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                             unsigned char a_second, unsigned char a_third)
+{
+    __m256i const l_first = _mm256_set1_epi8(static_cast<char>(a_first));
+    __m256i const l_second = _mm256_set1_epi8(static_cast<char>(a_second));
+    __m256i const l_third = _mm256_set1_epi8(static_cast<char>(a_third));
+    bool const l_first_is_second = a_first == a_second;
+    std::size_t l_index = 0;
+    // As at AVX-512: one load a 32 bytes, the third byte compared only behind a pair, a block's
+    // masks tested once those of the next one are in.
+    if (a_size >= 128) {
+        __m256i l_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data));
+        __m256i l_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + 32));
+        pair_masks l_block = pair_masks_avx2(l_low, l_high, l_first, l_second, l_first_is_second);
+        for (; l_index + 128 <= a_size; l_index += 64) {
+            __m256i const l_next_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + l_index + 64));
+            __m256i const l_next_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + l_index + 96));
+            pair_masks const l_next = pair_masks_avx2(l_next_low, l_next_high, l_first, l_second, l_first_is_second);
+            uint64 const l_pairs = pair_starts(l_block, l_next.m_second);
+            if (l_pairs != 0) {
+                uint64 const l_hits = triple_starts(l_pairs, equal_mask_avx2(l_low, l_high, l_third),
+                                                    equal_mask_avx2(l_next_low, l_next_high, l_third));
+                if (l_hits != 0) {
+                    return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+                }
+            }
+            l_block = l_next;
+            l_low = l_next_low;
+            l_high = l_next_high;
+        }
+    }
+    // The rest, 32 positions a step: loads at offsets 0, 1 and 2, then byte by byte.
+    for (; l_index + 34 <= a_size; l_index += 32) {
+        unsigned char const *const l_at = a_data + l_index;
+        __m256i const l_at_first =
+            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_at)), l_first);
+        __m256i const l_at_second =
+            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_at + 1)), l_second);
+        __m256i const l_at_third =
+            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_at + 2)), l_third);
+        auto const l_hits = static_cast<uint32>(
+            _mm256_movemask_epi8(_mm256_and_si256(_mm256_and_si256(l_at_first, l_at_second), l_at_third)));
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
+        }
+    }
+    for (; l_index + 3 <= a_size; ++l_index) {
+        if (a_data[l_index] == a_first && a_data[l_index + 1] == a_second && a_data[l_index + 2] == a_third) {
+            return l_index;
+        }
+    }
+    return a_size;
+}
+
+// Set membership of 32 bytes: the low nibble picks a row of either table (by the top bit of the
+// byte), the high nibble a bit of the row.
+struct set_tables_avx2 {
+    __m256i m_low;
+    __m256i m_high;
+    __m256i m_bits;
+    __m256i m_nibble;
+};
+
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE set_tables_avx2 set_tables_avx2_of(byte_set const &a_set)
+{
+    return {_mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_set.m_low))),
+            _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_set.m_high))),
+            _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<__m128i const *>(k_nibble_bits))),
+            _mm256_set1_epi8(0x0f)};
+}
+
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE uint32 set_mask_avx2(__m256i a_bytes, set_tables_avx2 const &a_tables)
+{
+    __m256i const l_low_nibble = _mm256_and_si256(a_bytes, a_tables.m_nibble);
+    __m256i const l_high_nibble = _mm256_and_si256(_mm256_srli_epi16(a_bytes, 4), a_tables.m_nibble);
+    __m256i const l_row = _mm256_blendv_epi8(_mm256_shuffle_epi8(a_tables.m_low, l_low_nibble),
+                                             _mm256_shuffle_epi8(a_tables.m_high, l_low_nibble), a_bytes);
+    __m256i const l_bit = _mm256_shuffle_epi8(a_tables.m_bits, l_high_nibble);
+    return static_cast<uint32>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(_mm256_and_si256(l_row, l_bit), l_bit)));
+}
+
+ORDWEL_TARGET("avx2")
+std::size_t set_find_avx2(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set)
+{
+    set_tables_avx2 const l_tables = set_tables_avx2_of(a_set);
+    std::size_t l_index = 0;
+    for (; l_index + 32 <= a_size; l_index += 32) {
+        uint32 const l_hits =
+            set_mask_avx2(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_data + l_index)), l_tables);
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
+        }
+    }
+    return l_index + set_find_scalar(a_data + l_index, a_size - l_index, a_set);
+}
+
+ORDWEL_TARGET("avx2")
+uint64 set_positions_avx2(unsigned char const *a_block, byte_set const &a_set)
+{
+    set_tables_avx2 const l_tables = set_tables_avx2_of(a_set);
+    uint64 const l_low = set_mask_avx2(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_block)), l_tables);
+    uint64 const l_high = set_mask_avx2(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_block + 32)), l_tables);
+    return l_low | (l_high << 32);
+}
+
+// ---- AVX-512 (F and BW): 64 bytes a step; the last, short step loads under a mask, which reads
+// nothing beyond the data.
+
+// For start codes (first and second byte alike) one compare.
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE pair_masks pair_masks_avx512(__m512i a_bytes, __m512i a_first, __m512i a_second,
+                                                  bool a_first_is_second)
+{
+    uint64 const l_first = _mm512_cmpeq_epi8_mask(a_bytes, a_first);
+    return {l_first, a_first_is_second ? l_first : _mm512_cmpeq_epi8_mask(a_bytes, a_second)};
+}
+
+ORDWEL_TARGET("avx512f,avx512bw")
+std::size_t triple_find_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                               unsigned char a_second, unsigned char a_third)
+{
+    if (a_size < 3) {
+        return a_size;
+    }
+    __m512i const l_first = _mm512_set1_epi8(static_cast<char>(a_first));
+    __m512i const l_second = _mm512_set1_epi8(static_cast<char>(a_second));
+    __m512i const l_third = _mm512_set1_epi8(static_cast<char>(a_third));
+    bool const l_first_is_second = a_first == a_second;
+    std::size_t l_index = 0;
+    // One load a block; two blocks a step. The first two bytes together are rare (in a coded
+    // stream 00 00 stands almost only before a start code), so the third byte is compared only
+    // where they stand. A block's masks are tested once those of the next one are in.
+    if (a_size >= 192) {
+        pair_masks l_block = pair_masks_avx512(_mm512_loadu_si512(a_data), l_first, l_second, l_first_is_second);
+        for (; l_index + 192 <= a_size; l_index += 128) {
+            __m512i const l_second_block = _mm512_loadu_si512(a_data + l_index + 64);
+            __m512i const l_third_block = _mm512_loadu_si512(a_data + l_index + 128);
+            pair_masks const l_middle = pair_masks_avx512(l_second_block, l_first, l_second, l_first_is_second);
+            pair_masks const l_next = pair_masks_avx512(l_third_block, l_first, l_second, l_first_is_second);
+            uint64 const l_pairs_low = pair_starts(l_block, l_middle.m_second);
+            uint64 const l_pairs_high = pair_starts(l_middle, l_next.m_second);
+            if ((l_pairs_low | l_pairs_high) != 0) {
+                uint64 const l_third_low = _mm512_cmpeq_epi8_mask(_mm512_loadu_si512(a_data + l_index), l_third);
+                uint64 const l_third_middle = _mm512_cmpeq_epi8_mask(l_second_block, l_third);
+                uint64 const l_third_next = _mm512_cmpeq_epi8_mask(l_third_block, l_third);
+                uint64 const l_hits_low = triple_starts(l_pairs_low, l_third_low, l_third_middle);
+                if (l_hits_low != 0) {
+                    return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits_low));
+                }
+                uint64 const l_hits_high = triple_starts(l_pairs_high, l_third_middle, l_third_next);
+                if (l_hits_high != 0) {
+                    return l_index + 64 + static_cast<std::size_t>(__builtin_ctzll(l_hits_high));
+                }
+            }
+            l_block = l_next;
+        }
+    }
+    // The rest, fewer than 192 bytes: loads at offsets 0, 1 and 2, under a mask where short.
+    std::size_t const l_positions = a_size - 2;
+    for (; l_index < l_positions; l_index += 64) {
+        unsigned char const *const l_at = a_data + l_index;
+        __mmask64 const l_valid =
+            l_positions - l_index >= 64 ? ~__mmask64(0) : (uint64(1) << (l_positions - l_index)) - 1;
+        __mmask64 const l_hits = _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(l_valid, l_at), l_first) &
+                                 _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(l_valid, l_at + 1), l_second) &
+                                 _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(l_valid, l_at + 2), l_third) & l_valid;
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+        }
+    }
+    return a_size;
+}
+
+// 16 bytes in each 128-bit lane. (Built from four words: GCC 12 warns inside its own
+// _mm512_broadcast_i32x4.)
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE __m512i table_avx512(unsigned char const *a_table)
+{
+    int l_words[4];
+    std::memcpy(l_words, a_table, sizeof l_words);
+    return _mm512_set4_epi32(l_words[3], l_words[2], l_words[1], l_words[0]);
+}
+
+struct set_tables_avx512 {
+    __m512i m_low;
+    __m512i m_high;
+    __m512i m_bits;
+    __m512i m_nibble;
+};
+
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE set_tables_avx512 set_tables_avx512_of(byte_set const &a_set)
+{
+    return {table_avx512(a_set.m_low), table_avx512(a_set.m_high), table_avx512(k_nibble_bits), _mm512_set1_epi8(0x0f)};
+}
+
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE uint64 set_mask_avx512(__m512i a_bytes, set_tables_avx512 const &a_tables)
+{
+    __m512i const l_low_nibble = _mm512_and_si512(a_bytes, a_tables.m_nibble);
+    __m512i const l_high_nibble = _mm512_and_si512(_mm512_srli_epi16(a_bytes, 4), a_tables.m_nibble);
+    __m512i const l_row =
+        _mm512_mask_blend_epi8(_mm512_movepi8_mask(a_bytes), _mm512_shuffle_epi8(a_tables.m_low, l_low_nibble),
+                               _mm512_shuffle_epi8(a_tables.m_high, l_low_nibble));
+    return _mm512_test_epi8_mask(l_row, _mm512_shuffle_epi8(a_tables.m_bits, l_high_nibble));
+}
+
+ORDWEL_TARGET("avx512f,avx512bw")
+std::size_t set_find_avx512(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set)
+{
+    set_tables_avx512 const l_tables = set_tables_avx512_of(a_set);
+    std::size_t l_index = 0;
+    for (; l_index + 64 <= a_size; l_index += 64) {
+        uint64 const l_hits = set_mask_avx512(_mm512_loadu_si512(a_data + l_index), l_tables);
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+        }
+    }
+    if (l_index < a_size) {
+        __mmask64 const l_valid = (uint64(1) << (a_size - l_index)) - 1;
+        uint64 const l_hits = set_mask_avx512(_mm512_maskz_loadu_epi8(l_valid, a_data + l_index), l_tables) & l_valid;
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctzll(l_hits));
+        }
+    }
+    return a_size;
+}
+
+ORDWEL_TARGET("avx512f,avx512bw")
+uint64 set_positions_avx512(unsigned char const *a_block, byte_set const &a_set)
+{
+    return set_mask_avx512(_mm512_loadu_si512(a_block), set_tables_avx512_of(a_set));
+}
+
+#endif
+
+} // namespace
+
+byte_set byte_set_of(unsigned char const *a_bytes, std::size_t a_count)
+{
+    byte_set l_set{};
+    for (std::size_t l_index = 0; l_index < a_count; ++l_index) {
+        unsigned char const l_byte = a_bytes[l_index];
+        unsigned char *const l_rows = l_byte < 0x80 ? l_set.m_low : l_set.m_high;
+        l_rows[l_byte & 15] = static_cast<unsigned char>(l_rows[l_byte & 15] | (1U << ((l_byte >> 4) & 7)));
+    }
+    return l_set;
+}
+
+#if defined(ORDWEL_BYTE_SCAN_X86)
+dispatch<triple_find> const k_triple_find(triple_find_scalar, nullptr, triple_find_avx2, triple_find_avx512);
+dispatch<set_find> const k_set_find(set_find_scalar, nullptr, set_find_avx2, set_find_avx512);
+dispatch<set_positions> const k_set_positions(set_positions_scalar, nullptr, set_positions_avx2, set_positions_avx512);
+#else
+dispatch<triple_find> const k_triple_find(triple_find_scalar);
+dispatch<set_find> const k_set_find(set_find_scalar);
+dispatch<set_positions> const k_set_positions(set_positions_scalar);
+#endif
+
+} // namespace internal
+} // namespace ordwel

@@ -1,0 +1,161 @@
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/byte_scan.h"
+#include "core/cpu_dispatch.h"
+
+namespace {
+
+using namespace ordwel;
+using internal::simd_level;
+
+// The levels this processor runs, scalar first.
+std::vector<simd_level> levels_here()
+{
+    std::vector<simd_level> l_levels;
+    simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
+    for (unsigned l_level = 0; l_level <= static_cast<unsigned>(l_top); ++l_level) {
+        l_levels.push_back(static_cast<simd_level>(l_level));
+    }
+    return l_levels;
+}
+
+std::size_t triple_by_loop(std::vector<unsigned char> const &a_data, unsigned char const (&a_triple)[3])
+{
+    for (std::size_t l_at = 0; l_at + 3 <= a_data.size(); ++l_at) {
+        if (a_data[l_at] == a_triple[0] && a_data[l_at + 1] == a_triple[1] && a_data[l_at + 2] == a_triple[2]) {
+            return l_at;
+        }
+    }
+    return a_data.size();
+}
+
+// Each length has its own allocation of exactly that size, so that a read beyond it shows under
+// AddressSanitizer.
+TEST(scan, triple_at_every_position_of_every_length)
+{
+    for (simd_level const l_level : levels_here()) {
+        internal::triple_find const l_find = internal::k_triple_find.for_level(l_level);
+        for (std::size_t l_size = 0; l_size <= 300; ++l_size) {
+            // Zeros all through: a 1 at l_at + 2 makes the first start code at l_at.
+            std::vector<unsigned char> l_zeros(l_size, 0);
+            EXPECT_EQ(l_find(l_zeros.data(), l_size, 0, 0, 1), l_size);
+            for (std::size_t l_at = 0; l_at + 3 <= l_size; ++l_at) {
+                l_zeros[l_at + 2] = 1;
+                ASSERT_EQ(l_find(l_zeros.data(), l_size, 0, 0, 1), l_at)
+                    << "level " << static_cast<unsigned>(l_level) << ", size " << l_size;
+                l_zeros[l_at + 2] = 0;
+            }
+            // 00 00 cut by the end: no code, and nothing read behind the end.
+            if (l_size >= 2) {
+                EXPECT_EQ(l_find(l_zeros.data() + l_size - 2, 2, 0, 0, 0), 2u);
+            }
+        }
+    }
+}
+
+TEST(scan, triple_agrees_with_a_loop_over_random_data)
+{
+    std::mt19937 l_random(17);
+    for (simd_level const l_level : levels_here()) {
+        internal::triple_find const l_find = internal::k_triple_find.for_level(l_level);
+        for (int l_round = 0; l_round < 3000; ++l_round) {
+            // Few distinct bytes, so that near misses and matches abound.
+            std::vector<unsigned char> l_data(l_random() % 300);
+            unsigned const l_alphabet = 2 + l_random() % 3;
+            for (unsigned char &l_byte : l_data) {
+                l_byte = static_cast<unsigned char>(0xfe + l_random() % l_alphabet);
+            }
+            unsigned char const l_triple[3] = {static_cast<unsigned char>(0xfe + l_random() % l_alphabet),
+                                               static_cast<unsigned char>(0xfe + l_random() % l_alphabet),
+                                               static_cast<unsigned char>(0xfe + l_random() % l_alphabet)};
+            ASSERT_EQ(l_find(l_data.data(), l_data.size(), l_triple[0], l_triple[1], l_triple[2]),
+                      triple_by_loop(l_data, l_triple))
+                << "level " << static_cast<unsigned>(l_level);
+        }
+    }
+}
+
+// Sets of 1 to 16 bytes, low and high halves, 0x00 and 0xff among them.
+std::vector<std::string> const &sets()
+{
+    static std::vector<std::string> const k_sets = {
+        std::string("%", 1),
+        std::string("\0", 1),
+        std::string("\xff", 1),
+        std::string(":/?#[]@", 7),
+        std::string("\x80\x7f\x00\x0f", 4),
+        std::string("&=+;,!$'()*% \t\r\n", 16),
+        std::string("\x10\x90\x1f\x9f\xf0\xe1\x01\x81\xc3\x43\x3c\xbc\xaa\x55\x5a\xa5", 16),
+    };
+    return k_sets;
+}
+
+TEST(scan, set_find_at_every_position_of_every_length)
+{
+    for (std::string const &l_members : sets()) {
+        auto const *const l_bytes = reinterpret_cast<unsigned char const *>(l_members.data());
+        internal::byte_set const l_set = internal::byte_set_of(l_bytes, l_members.size());
+        // The first byte that is not in the set fills the data.
+        unsigned l_filler = 0;
+        while (l_members.find(static_cast<char>(l_filler)) != std::string::npos) {
+            ++l_filler;
+        }
+        for (unsigned l_byte = 0; l_byte < 256; ++l_byte) {
+            ASSERT_EQ(internal::byte_set_has(l_set, static_cast<unsigned char>(l_byte)),
+                      l_members.find(static_cast<char>(l_byte)) != std::string::npos)
+                << l_byte;
+        }
+        for (simd_level const l_level : levels_here()) {
+            internal::set_find const l_find = internal::k_set_find.for_level(l_level);
+            for (std::size_t l_size = 0; l_size <= 300; ++l_size) {
+                std::vector<unsigned char> l_data(l_size, static_cast<unsigned char>(l_filler));
+                EXPECT_EQ(l_find(l_data.data(), l_size, l_set), l_size);
+                for (std::size_t l_at = 0; l_at < l_size; ++l_at) {
+                    // Each member in turn, and a second one behind it that must not be taken.
+                    l_data[l_at] = l_bytes[l_at % l_members.size()];
+                    if (l_at + 1 < l_size) {
+                        l_data[l_at + 1] = l_bytes[0];
+                    }
+                    ASSERT_EQ(l_find(l_data.data(), l_size, l_set), l_at)
+                        << "level " << static_cast<unsigned>(l_level) << ", size " << l_size;
+                    l_data[l_at] = static_cast<unsigned char>(l_filler);
+                    if (l_at + 1 < l_size) {
+                        l_data[l_at + 1] = static_cast<unsigned char>(l_filler);
+                    }
+                }
+            }
+        }
+    }
+}
+
+TEST(scan, set_positions_agree_with_a_loop)
+{
+    std::mt19937 l_random(64);
+    for (std::string const &l_members : sets()) {
+        internal::byte_set const l_set =
+            internal::byte_set_of(reinterpret_cast<unsigned char const *>(l_members.data()), l_members.size());
+        for (int l_round = 0; l_round < 200; ++l_round) {
+            unsigned char l_block[64];
+            uint64 l_expected = 0;
+            for (unsigned l_index = 0; l_index < 64; ++l_index) {
+                // Half of the bytes from the set.
+                l_block[l_index] = l_random() % 2 == 0
+                                       ? static_cast<unsigned char>(l_random())
+                                       : static_cast<unsigned char>(l_members[l_random() % l_members.size()]);
+                if (l_members.find(static_cast<char>(l_block[l_index])) != std::string::npos) {
+                    l_expected |= uint64(1) << l_index;
+                }
+            }
+            for (simd_level const l_level : levels_here()) {
+                ASSERT_EQ(internal::k_set_positions.for_level(l_level)(l_block, l_set), l_expected)
+                    << "level " << static_cast<unsigned>(l_level);
+            }
+        }
+    }
+}
+
+} // namespace
