@@ -101,6 +101,108 @@ void ordwel_network_decode(benchmark::State &a_state)
 }
 BENCHMARK(ordwel_network_decode);
 
+// The varied message: 4,000 items of every kind in a fixed pseudo-random order, strings and blobs
+// of 0 to 199 bytes, so that neither lengths nor the order of kinds repeat in a pattern.
+enum item_kind { k_u8, k_u16, k_u32, k_u64, k_text, k_bytes, k_kinds };
+
+struct varied_item {
+    item_kind kind;
+    ordwel::uint64 value;
+    std::string text;
+};
+
+std::vector<varied_item> const &varied_items()
+{
+    static std::vector<varied_item> const k_items = [] {
+        std::vector<varied_item> l_items(4000);
+        ordwel::uint32 l_seed = 12345;
+        auto const l_next = [&l_seed] {
+            l_seed = l_seed * 1664525u + 1013904223u;
+            return l_seed >> 8;
+        };
+        for (varied_item &l_item : l_items) {
+            l_item.kind = static_cast<item_kind>(l_next() % k_kinds);
+            l_item.value = (static_cast<ordwel::uint64>(l_next()) << 32) | l_next();
+            l_item.text.assign(l_next() % 200, static_cast<char>('a' + l_next() % 26));
+        }
+        return l_items;
+    }();
+    return k_items;
+}
+
+void ordwel_encode_varied(ordwel::encoder_network &a_encoder)
+{
+    using namespace ordwel;
+    for (varied_item const &l_item : varied_items()) {
+        switch (l_item.kind) {
+        case k_u8:
+            uint8_encode_network(static_cast<uint8>(l_item.value), a_encoder);
+            break;
+        case k_u16:
+            uint16_encode_network(static_cast<uint16>(l_item.value), a_encoder);
+            break;
+        case k_u32:
+            uint32_encode_network(static_cast<uint32>(l_item.value), a_encoder);
+            break;
+        case k_u64:
+            uint64_encode_network(l_item.value, a_encoder);
+            break;
+        case k_text:
+        case k_bytes:
+        case k_kinds:
+            string_encode_network(l_item.text, a_encoder);
+            break;
+        }
+    }
+}
+
+void ordwel_network_decode_varied(benchmark::State &a_state)
+{
+    using namespace ordwel;
+    buffer l_message;
+    encoder_network l_encoder(l_message);
+    ordwel_encode_varied(l_encoder);
+    decoder_network l_decoder(l_message);
+    std::vector<varied_item> const &l_items = varied_items();
+    uint8 l_u8 = 0;
+    uint16 l_u16 = 0;
+    uint32 l_u32 = 0;
+    uint64 l_u64 = 0;
+    std::string l_text;
+    buffer l_bytes;
+    for (auto _ : a_state) {
+        l_decoder.clear();
+        for (varied_item const &l_item : l_items) {
+            switch (l_item.kind) {
+            case k_u8:
+                uint8_decode_network(l_u8, l_decoder);
+                break;
+            case k_u16:
+                uint16_decode_network(l_u16, l_decoder);
+                break;
+            case k_u32:
+                uint32_decode_network(l_u32, l_decoder);
+                break;
+            case k_u64:
+                uint64_decode_network(l_u64, l_decoder);
+                break;
+            case k_text:
+            case k_kinds:
+                string_decode_network(l_text, l_decoder);
+                break;
+            case k_bytes:
+                buffer_decode_network(l_bytes, l_decoder);
+                break;
+            }
+        }
+        benchmark::DoNotOptimize(l_u64);
+        benchmark::DoNotOptimize(l_text.data());
+        benchmark::DoNotOptimize(l_bytes.begin());
+    }
+    a_state.SetBytesProcessed(static_cast<int64_t>(a_state.iterations() * l_message.size()));
+}
+BENCHMARK(ordwel_network_decode_varied);
+
 #if defined(ORDWEL_HAVE_BOOST)
 template <typename T> void put(std::vector<unsigned char> &a_out, T a_value)
 {
@@ -178,6 +280,66 @@ void boost_endian_network_decode(benchmark::State &a_state)
     a_state.SetBytesProcessed(static_cast<int64_t>(a_state.iterations() * message_size()));
 }
 BENCHMARK(boost_endian_network_decode);
+
+void boost_endian_network_decode_varied(benchmark::State &a_state)
+{
+    using namespace ordwel;
+    buffer l_encoded;
+    encoder_network l_encoder(l_encoded);
+    ordwel_encode_varied(l_encoder);
+    std::vector<unsigned char> const l_message(l_encoded.begin(), l_encoded.end());
+    std::vector<varied_item> const &l_items = varied_items();
+    uint8 l_u8 = 0;
+    uint16 l_u16 = 0;
+    uint32 l_u32 = 0;
+    uint64 l_u64 = 0;
+    std::string l_text;
+    buffer l_bytes;
+    for (auto _ : a_state) {
+        reader l_reader{l_message, 0};
+        for (varied_item const &l_item : l_items) {
+            switch (l_item.kind) {
+            case k_u8:
+                l_u8 = l_reader.get<uint8>();
+                break;
+            case k_u16:
+                l_u16 = l_reader.get<uint16>();
+                break;
+            case k_u32:
+                l_u32 = l_reader.get<uint32>();
+                break;
+            case k_u64:
+                l_u64 = l_reader.get<uint64>();
+                break;
+            case k_text:
+            case k_kinds: {
+                auto const l_length = l_reader.get<uint32>();
+                unsigned char const *const l_at = l_reader.take(l_length);
+                if (l_length != 0) {
+                    l_text.assign(reinterpret_cast<char const *>(l_at), l_length);
+                }
+                break;
+            }
+            case k_bytes: {
+                auto const l_length = l_reader.get<uint32>();
+                unsigned char const *const l_at = l_reader.take(l_length);
+                if (l_length != 0) {
+                    l_bytes.assign(l_at, l_at + l_length);
+                }
+                break;
+            }
+            }
+        }
+        benchmark::DoNotOptimize(l_u8);
+        benchmark::DoNotOptimize(l_u16);
+        benchmark::DoNotOptimize(l_u32);
+        benchmark::DoNotOptimize(l_u64);
+        benchmark::DoNotOptimize(l_text.data());
+        benchmark::DoNotOptimize(l_bytes.begin());
+    }
+    a_state.SetBytesProcessed(static_cast<int64_t>(a_state.iterations() * l_message.size()));
+}
+BENCHMARK(boost_endian_network_decode_varied);
 #endif
 
 } // namespace

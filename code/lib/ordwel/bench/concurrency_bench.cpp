@@ -5,6 +5,7 @@
 #include <ordwel/semaphore.h>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <future>
 #include <mutex>
@@ -126,24 +127,27 @@ void BM_semaphore_ping_pong_std(benchmark::State &a_state)
 BENCHMARK(BM_semaphore_ping_pong_std)->UseRealTime();
 
 // The call queue: a_state.range(0) producers hand k_batch calls in all to the owner (this thread,
-// which built the queue), which drains them with run().
+// which built the queue), which drains them with run(). In the napping variants the owner sleeps a
+// moment whenever a drain found nothing, as an owner with other work would, and leaves the cores to
+// the producers.
 int const k_batch = 20000;
+auto const k_nap = std::chrono::microseconds(50);
 
 class count_call : public callqueue_object {
 public:
-    explicit count_call(int *a_count) : m_count(a_count) {}
-    void operator()() override { ++*m_count; }
+    explicit count_call(std::atomic<int> *a_count) : m_count(a_count) {}
+    void operator()() override { m_count->fetch_add(1, std::memory_order_relaxed); }
 
 private:
-    int *m_count;
+    std::atomic<int> *m_count;
 };
 
-void BM_callqueue_throughput_ordwel(benchmark::State &a_state)
+void callqueue_throughput_ordwel(benchmark::State &a_state, bool a_nap)
 {
     callqueue &l_queue = callqueue::instance();
     int const l_producers = static_cast<int>(a_state.range(0));
     for (auto l_iteration : a_state) {
-        int l_ran = 0;
+        std::atomic<int> l_ran{0};
         std::vector<std::thread> l_threads;
         for (int l_index = 0; l_index < l_producers; ++l_index) {
             l_threads.emplace_back([&] {
@@ -152,8 +156,14 @@ void BM_callqueue_throughput_ordwel(benchmark::State &a_state)
                 }
             });
         }
-        while (l_ran < k_batch / l_producers * l_producers) {
+        int const l_total = k_batch / l_producers * l_producers;
+        for (int l_seen = 0; l_seen < l_total;) {
             l_queue.run();
+            int const l_now = l_ran.load(std::memory_order_relaxed);
+            if (a_nap && l_now == l_seen) {
+                std::this_thread::sleep_for(k_nap);
+            }
+            l_seen = l_now;
         }
         for (std::thread &l_thread : l_threads) {
             l_thread.join();
@@ -161,7 +171,18 @@ void BM_callqueue_throughput_ordwel(benchmark::State &a_state)
     }
     a_state.SetItemsProcessed(a_state.iterations() * (k_batch / l_producers * l_producers));
 }
-BENCHMARK(BM_callqueue_throughput_ordwel)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_callqueue_throughput_ordwel(benchmark::State &a_state)
+{
+    callqueue_throughput_ordwel(a_state, false);
+}
+BENCHMARK(BM_callqueue_throughput_ordwel)->Arg(1)->Arg(4)->Arg(8)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_callqueue_napping_ordwel(benchmark::State &a_state)
+{
+    callqueue_throughput_ordwel(a_state, true);
+}
+BENCHMARK(BM_callqueue_napping_ordwel)->Arg(1)->Arg(8)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 // One iteration is a batch of blocking calls made one after the other by a producer while the
 // owner drains; the time per item is one round trip.
@@ -171,7 +192,7 @@ void BM_callqueue_blocking_round_trip_ordwel(benchmark::State &a_state)
 {
     callqueue &l_queue = callqueue::instance();
     for (auto l_iteration : a_state) {
-        int l_ran = 0;
+        std::atomic<int> l_ran{0};
         std::atomic<bool> l_done{false};
         std::thread l_producer([&] {
             for (int l_call = 0; l_call < k_round_trips; ++l_call) {
@@ -189,23 +210,29 @@ void BM_callqueue_blocking_round_trip_ordwel(benchmark::State &a_state)
 BENCHMARK(BM_callqueue_blocking_round_trip_ordwel)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 #if defined(ORDWEL_HAVE_BOOST)
-void BM_callqueue_throughput_asio(benchmark::State &a_state)
+void callqueue_throughput_asio(benchmark::State &a_state, bool a_nap)
 {
     int const l_producers = static_cast<int>(a_state.range(0));
     for (auto l_iteration : a_state) {
         boost::asio::io_context l_context;
-        int l_ran = 0;
+        std::atomic<int> l_ran{0};
         std::vector<std::thread> l_threads;
         for (int l_index = 0; l_index < l_producers; ++l_index) {
             l_threads.emplace_back([&] {
                 for (int l_call = 0; l_call < k_batch / l_producers; ++l_call) {
-                    boost::asio::post(l_context, [&l_ran] { ++l_ran; });
+                    boost::asio::post(l_context, [&l_ran] { l_ran.fetch_add(1, std::memory_order_relaxed); });
                 }
             });
         }
-        while (l_ran < k_batch / l_producers * l_producers) {
+        int const l_total = k_batch / l_producers * l_producers;
+        for (int l_seen = 0; l_seen < l_total;) {
             l_context.poll();
             l_context.restart();
+            int const l_now = l_ran.load(std::memory_order_relaxed);
+            if (a_nap && l_now == l_seen) {
+                std::this_thread::sleep_for(k_nap);
+            }
+            l_seen = l_now;
         }
         for (std::thread &l_thread : l_threads) {
             l_thread.join();
@@ -213,7 +240,18 @@ void BM_callqueue_throughput_asio(benchmark::State &a_state)
     }
     a_state.SetItemsProcessed(a_state.iterations() * (k_batch / l_producers * l_producers));
 }
-BENCHMARK(BM_callqueue_throughput_asio)->Arg(1)->Arg(4)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_callqueue_throughput_asio(benchmark::State &a_state)
+{
+    callqueue_throughput_asio(a_state, false);
+}
+BENCHMARK(BM_callqueue_throughput_asio)->Arg(1)->Arg(4)->Arg(8)->UseRealTime()->Unit(benchmark::kMillisecond);
+
+void BM_callqueue_napping_asio(benchmark::State &a_state)
+{
+    callqueue_throughput_asio(a_state, true);
+}
+BENCHMARK(BM_callqueue_napping_asio)->Arg(1)->Arg(8)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 void BM_callqueue_blocking_round_trip_asio(benchmark::State &a_state)
 {

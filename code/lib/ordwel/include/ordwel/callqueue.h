@@ -1,7 +1,7 @@
 #ifndef ORDWEL_CALLQUEUE_H
 #define ORDWEL_CALLQUEUE_H
 
-#include <list>
+#include <atomic>
 #include <memory>
 #include <set>
 #include <string>
@@ -23,6 +23,9 @@ enum e_callqueue_flag : unsigned {
     /// From the owner: queue the call instead of running it on the spot.
     callqueue_deferred = 8
 };
+
+class callqueue_object;
+extern template class ORDWEL_API ptr_refcount<callqueue_object>;
 
 /// A call handed to the callqueue: a derived class gives operator() its body. Held through
 /// ptr_refcount<callqueue_object>; a queued call stays alive while it waits and while it runs.
@@ -49,12 +52,25 @@ private:
     void wait() const;
     void signal() const;
 
+    // A place in one of the queue's lists: the next place, the queue's reference to the call, and
+    // for a blocking caller the mark that its call has ended. A heap place holds itself through
+    // m_self until the owner takes it off the list.
+    struct link {
+        link *m_next = nullptr;
+        ptr_refcount<callqueue_object> m_call;
+        std::shared_ptr<link> m_self;
+        bool m_waited = false;
+        bool m_ended = false;
+    };
+
     std::string m_id;
     mutex m_mutex;
     condition m_condition;
+    // The place that the object carries, so that a plain call is queued without an allocation;
+    // taken while the object waits on a list, under the queue's list mutex.
+    link m_link;
+    std::atomic<bool> m_link_taken;
 };
-
-extern template class ORDWEL_API ptr_refcount<callqueue_object>;
 
 /// The process's one queue of calls to one thread, the owner: the thread that first called
 /// instance(). Any thread adds calls; the owner alone runs them, in order of arrival, whenever it
@@ -88,22 +104,25 @@ public:
     [[nodiscard]] bool exited() const;
 
 private:
-    /// A pending call. A blocking caller waits until the owner has set its mark, which the two
-    /// share, so that neither a spurious wake-up nor another run of the same object ends the wait.
-    struct pending {
-        ptr_refcount<callqueue_object> m_call;
-        std::shared_ptr<bool> m_ended;
+    using link = callqueue_object::link;
+
+    // A list of calls in order of arrival, linked through the places of the calls.
+    struct link_list {
+        std::atomic<link *> m_head{nullptr};
+        link *m_tail = nullptr;
     };
 
     class held_call;
+    class taken_calls;
 
     callqueue();
+    link &place_for(callqueue_object &a_call);
+    static void append(link_list &a_list, link &a_link);
 
-    std::list<pending> m_calls;
+    link_list m_calls;
     mutex m_calls_mutex;
-    std::list<ptr_refcount<callqueue_object>> m_exit_calls;
-    bool m_exited;
-    mutex m_exited_mutex;
+    link_list m_exit_calls;
+    std::atomic<bool> m_exited;
     std::set<std::string> m_unique_ids;
     /// The owner's alone: the objects whose calls run further up its stack. A call that drains the
     /// queue itself may meet its own object again in the nested run; the owner holds that object's

@@ -156,6 +156,26 @@ public:
         return m_buffer->begin() + m_offset;
     }
 
+    /// Takes a 32-bit length, most significant byte first, and that many bytes behind it; points
+    /// at those bytes. One look at what is left covers both. Raises as advance() does: with fewer
+    /// than 4 bytes left nothing moves; with too few bytes behind the length it has been consumed.
+    unsigned char const *advance_sized(uint32 &a_length)
+    {
+        uint32 const l_left = left();
+        if (l_left < 4) {
+            raise_offset_out_of_range();
+        }
+        unsigned char const *const l_length_bytes = m_buffer->begin() + m_offset;
+        uint32 const l_length = internal::load_be<uint32>(l_length_bytes);
+        m_offset += 4;
+        if (l_length > l_left - 4) {
+            raise_offset_out_of_range();
+        }
+        m_offset += l_length;
+        a_length = l_length;
+        return l_length_bytes + 4;
+    }
+
     /// Appends a_size bytes at the buffer's end, copied from a_source unless it is null, and points
     /// at the first of them. The read position stays.
     unsigned char *fill(uint64 a_size, void const *a_source);
@@ -176,6 +196,19 @@ private:
 // their bits. Signed values travel as their two's complement.
 namespace coding_detail {
 
+// Copies the first and the last a_width bytes of a_count, a_width <= a_count <= 2 a_width: together
+// they cover the whole range.
+template <unsigned a_width>
+inline void copy_ends(unsigned char *a_target, unsigned char const *a_source, uint32 a_count)
+{
+    unsigned char l_head[a_width];
+    unsigned char l_tail[a_width];
+    std::memcpy(l_head, a_source, a_width);
+    std::memcpy(l_tail, a_source + a_count - a_width, a_width);
+    std::memcpy(a_target, l_head, a_width);
+    std::memcpy(a_target + a_count - a_width, l_tail, a_width);
+}
+
 template <typename T> inline void encode_network(T a_value, encoder_network &a_encoder)
 {
     unsigned char l_bytes[sizeof(T)];
@@ -191,6 +224,27 @@ template <typename T> inline T decode_network(decoder_network &a_decoder)
 template <typename T> inline T peek_network(decoder_network const &a_decoder, uint64 a_offset)
 {
     return internal::load_be<T>(a_decoder.here(sizeof(T), a_offset));
+}
+
+// Copies a_count bytes between blocks that don't overlap. Up to 32 bytes, the usual size of names
+// and small blobs, the copy is two overlapping loads and stores of a fixed width, without a call.
+inline void copy_item(void *a_target, void const *a_source, uint32 a_count)
+{
+    auto *const l_target = static_cast<unsigned char *>(a_target);
+    auto const *const l_source = static_cast<unsigned char const *>(a_source);
+    if (a_count > 32) {
+        std::memcpy(l_target, l_source, a_count);
+    } else if (a_count >= 16) {
+        copy_ends<16>(l_target, l_source, a_count);
+    } else if (a_count >= 8) {
+        copy_ends<8>(l_target, l_source, a_count);
+    } else if (a_count >= 4) {
+        copy_ends<4>(l_target, l_source, a_count);
+    } else {
+        for (uint32 l_index = 0; l_index < a_count; ++l_index) {
+            l_target[l_index] = l_source[l_index];
+        }
+    }
 }
 
 } // namespace coding_detail
@@ -292,18 +346,35 @@ inline void string_encode_network(std::string const &a_text, encoder_network &a_
 ///@{
 inline void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder)
 {
-    uint32 const l_length = coding_detail::decode_network<uint32>(a_decoder);
-    if (l_length != 0) {
-        unsigned char const *const l_bytes = a_decoder.advance(l_length, 0);
+    uint32 l_length = 0;
+    unsigned char const *const l_bytes = a_decoder.advance_sized(l_length);
+    if (l_length == 0) {
+        return;
+    }
+    // A destination of the item's size takes the bytes straight; one that is the decoder's own
+    // buffer, or of another size, goes through assign.
+    if (l_length == a_bytes.size() && a_bytes.begin() != a_decoder.begin()) {
+        coding_detail::copy_item(a_bytes.begin(), l_bytes, l_length);
+    } else {
         a_bytes.assign(l_bytes, l_bytes + l_length);
     }
 }
 
 inline void string_decode_network(std::string &a_text, decoder_network &a_decoder)
 {
-    uint32 const l_length = coding_detail::decode_network<uint32>(a_decoder);
-    if (l_length != 0) {
-        unsigned char const *const l_bytes = a_decoder.advance(l_length, 0);
+    uint32 l_length = 0;
+    unsigned char const *const l_bytes = a_decoder.advance_sized(l_length);
+    if (l_length == 0) {
+        return;
+    }
+    // A string that is no shorter than the item is shortened in place and takes the bytes
+    // straight; a longer item goes through assign, which grows the string.
+    if (l_length <= a_text.size()) {
+        if (l_length != a_text.size()) {
+            a_text.resize(l_length);
+        }
+        coding_detail::copy_item(&a_text[0], l_bytes, l_length);
+    } else {
         a_text.assign(reinterpret_cast<char const *>(l_bytes), l_length);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include <ordwel/strutil.h>
 
@@ -14,8 +15,6 @@ namespace {
 
 // The id that words of no option are reported under.
 constexpr int k_word_id = 1;
-// Room reserved up front in the list of words collected for an option.
-constexpr std::size_t k_reserved_words = 16;
 // The column that every option label ends at, less the two blanks before the text.
 constexpr int k_label_column = 20;
 
@@ -89,7 +88,9 @@ using opt = optparser::opt;
 opts::const_iterator find_long_opt(opts const &a_opts, char const *a_name)
 {
     for (opts::const_iterator l_iter = a_opts.begin(); l_iter != a_opts.end(); ++l_iter) {
-        if (l_iter->second.m_name != nullptr && std::strcmp(l_iter->second.m_name, a_name) == 0) {
+        char const *const l_name = l_iter->second.m_name;
+        // The first letters are compared on the spot; most names differ there.
+        if (l_name != nullptr && l_name[0] == a_name[0] && std::strcmp(l_name, a_name) == 0) {
             return l_iter;
         }
     }
@@ -106,16 +107,13 @@ class option_scan {
 public:
     option_scan(opt_functor *const &a_functor, opts const &a_opts, std::deque<std::string> &a_split_words,
                 char const *const *a_argv, unsigned int a_argc)
-        : m_functor(a_functor), m_opts(a_opts), m_split_words(a_split_words), m_line(a_argv, a_argc), m_args(),
-          m_stopped_by(0)
+        : m_functor(a_functor), m_opts(a_opts), m_split_words(a_split_words), m_line(a_argv, a_argc), m_stopped_by(0)
     {
-        m_args.reserve(k_reserved_words);
     }
 
     scan_step run()
     {
         for (unsigned int l_index = 1; l_index < m_line.size(); ++l_index) {
-            m_args.clear();
             scan_step const l_step = word(l_index);
             if (l_step != scan_step::next_word) {
                 return l_step;
@@ -173,11 +171,12 @@ private:
                 return scan_step::failed;
             }
         }
-        if (!collect(a_index + 1, l_opt->second)) {
+        std::vector<char const *> l_args;
+        if (!collect(a_index + 1, l_opt->second, l_args)) {
             std::fprintf(stderr, "*** too few arguments for option `%s'\n", l_opt->second.m_name);
             return scan_step::failed;
         }
-        return call_and_advance(l_opt->first, a_index, 0);
+        return call_and_advance(l_opt->first, std::move(l_args), a_index, 0);
     }
 
     // "--name=v1,v2" becomes "--name", "v1", "v2" in the line, and the scan goes on as if they had
@@ -238,29 +237,43 @@ private:
     scan_step short_option_with_words(unsigned int &a_index, char const *a_letter, opt const &a_opt)
     {
         bool const l_attached = a_letter[1] != '\0';
+        std::vector<char const *> l_args;
         if (l_attached) {
-            m_args.push_back(a_letter + 1);
+            l_args.reserve(1 + count_values(a_index + 1, a_opt, 1));
+            l_args.push_back(a_letter + 1);
         }
-        if (!collect(a_index + 1, a_opt)) {
+        if (!collect(a_index + 1, a_opt, l_args)) {
             std::fprintf(stderr, "*** too few arguments for option `%c'\n", *a_letter);
             return scan_step::failed;
         }
         // An attached word counts as used: one word fewer of the line was taken.
-        return call_and_advance(static_cast<int>(static_cast<signed char>(*a_letter)), a_index, l_attached ? 1 : 0);
+        return call_and_advance(static_cast<int>(static_cast<signed char>(*a_letter)), std::move(l_args), a_index,
+                                l_attached ? 1 : 0);
     }
 
-    // Collects the values of an option behind position a_next into m_args: first up to the
-    // minimum, where every word has to qualify, then on to the maximum while words qualify.
-    bool collect(std::size_t a_next, opt const &a_opt)
+    // The words behind position a_next that qualify as values, one after the other, up to the
+    // option's maximum less the a_have values it has already.
+    std::size_t count_values(std::size_t a_next, opt const &a_opt, std::size_t a_have) const
     {
-        while (m_args.size() < a_opt.m_min) {
-            if (!is_value_at(a_next)) {
-                return false;
-            }
-            m_args.push_back(m_line[a_next++]);
+        std::size_t l_count = 0;
+        while (a_have + l_count < a_opt.m_max && is_value_at(a_next + l_count)) {
+            ++l_count;
         }
-        while (m_args.size() < a_opt.m_max && is_value_at(a_next)) {
-            m_args.push_back(m_line[a_next++]);
+        return l_count;
+    }
+
+    // Appends the values of an option behind position a_next to a_args: up to the minimum every
+    // word has to qualify, then on to the maximum while words qualify. The list is allocated once,
+    // at its final size.
+    bool collect(std::size_t a_next, opt const &a_opt, std::vector<char const *> &a_args) const
+    {
+        std::size_t const l_count = count_values(a_next, a_opt, a_args.size());
+        if (a_args.size() + l_count < a_opt.m_min) {
+            return false;
+        }
+        a_args.reserve(a_args.size() + l_count);
+        for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
+            a_args.push_back(m_line[a_next + l_index]);
         }
         return true;
     }
@@ -270,11 +283,11 @@ private:
         return a_index < m_line.size() && m_line[a_index] != nullptr && is_value_word(m_line[a_index]);
     }
 
-    // Hands m_args to the callback of a_id and moves a_index past the words it used, less the
+    // Hands a_args to the callback of a_id and moves a_index past the words it used, less the
     // a_attached words that were not words of the line of their own.
-    scan_step call_and_advance(int a_id, unsigned int &a_index, long long a_attached)
+    scan_step call_and_advance(int a_id, std::vector<char const *> a_args, unsigned int &a_index, long long a_attached)
     {
-        int const l_result = call(a_id, m_args);
+        int const l_result = call(a_id, std::move(a_args));
         if (l_result == -1) {
             return stop(a_id);
         }
@@ -282,7 +295,8 @@ private:
         return scan_step::next_word;
     }
 
-    int call(int a_id, std::vector<char const *> const &a_args) { return (*m_functor)(a_id, a_args); }
+    // The callback takes its words by value: each list is built for it and handed over, not copied.
+    int call(int a_id, std::vector<char const *> a_args) { return (*m_functor)(a_id, std::move(a_args)); }
 
     scan_step stop(int a_id)
     {
@@ -294,7 +308,6 @@ private:
     opts const &m_opts;
     std::deque<std::string> &m_split_words;
     word_line m_line;
-    std::vector<char const *> m_args;
     int m_stopped_by;
 };
 

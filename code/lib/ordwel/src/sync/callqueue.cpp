@@ -1,6 +1,7 @@
 #include <ordwel/callqueue.h>
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 #include <pthread.h>
@@ -41,7 +42,8 @@ ORDWEL_PASSES_FORCED_UNWIND void call_dropping_exceptions(callqueue_object &a_ca
 
 } // namespace
 
-callqueue_object::callqueue_object() : object_refcount(), m_id(), m_mutex(false), m_condition()
+callqueue_object::callqueue_object()
+    : object_refcount(), m_id(), m_mutex(false), m_condition(), m_link(), m_link_taken(false)
 {
 }
 
@@ -79,14 +81,56 @@ void callqueue_object::signal() const
     m_condition.signal();
 }
 
-callqueue::callqueue()
-    : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exited(false), m_exited_mutex(false), m_unique_ids()
+// The calls that run() or exit() took off a list, in order of arrival. Each is handed out with
+// the queue's reference to it and the hold on its heap place; the object's own place is free
+// again as soon as the call is handed out. What remains when the run ends early is released.
+class callqueue::taken_calls {
+public:
+    explicit taken_calls(link *a_head) : m_head(a_head) {}
+    ~taken_calls()
+    {
+        while (m_head != nullptr) {
+            next();
+        }
+    }
+
+    taken_calls(taken_calls const &) = delete;
+    taken_calls &operator=(taken_calls const &) = delete;
+
+    bool empty() const { return m_head == nullptr; }
+
+    struct taken {
+        ptr_refcount<callqueue_object> m_call;
+        std::shared_ptr<link> m_place;
+        link *m_link;
+    };
+
+    taken next()
+    {
+        link &l_link = *m_head;
+        m_head = l_link.m_next;
+        l_link.m_next = nullptr;
+        taken l_taken{std::move(l_link.m_call), std::move(l_link.m_self), &l_link};
+        if (!l_taken.m_place) {
+            l_taken.m_link = nullptr;
+            l_taken.m_call->m_link_taken.store(false, std::memory_order_release);
+        }
+        return l_taken;
+    }
+
+private:
+    link *m_head;
+};
+
+callqueue::callqueue() : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exited(false), m_unique_ids()
 {
     s_owner = pthread_self();
 }
 
 callqueue::~callqueue()
 {
+    taken_calls const l_calls(m_calls.m_head.exchange(nullptr));
+    taken_calls const l_exit_calls(m_exit_calls.m_head.exchange(nullptr));
     m_unique_ids.clear();
 }
 
@@ -100,8 +144,32 @@ callqueue &callqueue::instance()
 
 bool callqueue::exited() const
 {
-    scoped_mutex::lock const l_lock(m_exited_mutex);
-    return m_exited;
+    return m_exited.load(std::memory_order_acquire);
+}
+
+// Under the list mutex: the object's own place if no list holds it, else a new place that holds
+// itself until the owner takes it.
+callqueue::link &callqueue::place_for(callqueue_object &a_call)
+{
+    if (!a_call.m_link_taken.load(std::memory_order_acquire)) {
+        a_call.m_link_taken.store(true, std::memory_order_relaxed);
+        return a_call.m_link;
+    }
+    std::shared_ptr<link> l_place = std::make_shared<link>();
+    l_place->m_self = l_place;
+    return *l_place;
+}
+
+// Under the list mutex. The head is read by run() without the mutex, only to see whether anything
+// is pending.
+void callqueue::append(link_list &a_list, link &a_link)
+{
+    if (a_list.m_head.load(std::memory_order_relaxed) == nullptr) {
+        a_list.m_head.store(&a_link, std::memory_order_relaxed);
+    } else {
+        a_list.m_tail->m_next = &a_link;
+    }
+    a_list.m_tail = &a_link;
 }
 
 void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags)
@@ -117,22 +185,18 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
     bool const l_owner = on_owner();
     bool const l_blocking = !l_owner && (a_flags & callqueue_blocking) != 0;
     bool const l_at_once = l_owner && (a_flags & callqueue_deferred) == 0;
-    // A call that is simply queued takes the list mutex once: its list node is made beforehand
-    // and moved in with the id and the unique check.
-    std::list<pending> l_node;
-    if (!l_blocking && !l_at_once) {
-        l_node.push_back(pending{std::move(a_call), nullptr});
-    }
     {
         // The id is written under the list mutex: the same object may be handed over by two
-        // threads at once.
+        // threads at once. A call that is simply queued takes the list mutex once.
         scoped_mutex::lock const l_lock(m_calls_mutex);
         l_call.set_id(a_id);
         if ((a_flags & callqueue_unique) != 0 && !m_unique_ids.insert(a_id).second) {
             return;
         }
-        if (!l_node.empty()) {
-            m_calls.splice(m_calls.end(), l_node);
+        if (!l_blocking && !l_at_once) {
+            link &l_link = place_for(l_call);
+            l_link.m_call = std::move(a_call);
+            append(m_calls, l_link);
             return;
         }
     }
@@ -142,16 +206,18 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
     }
     // The object's mutex is held from before the call can be seen in the list until the wait gives
     // it up, and run() needs it to begin the call: the owner can neither start nor end the call
-    // before this thread sleeps. The caller waits for the mark of its own entry.
-    l_node.push_back(pending{a_call, std::make_shared<bool>(false)});
-    bool const &l_ended = *l_node.back().m_ended;
-    std::shared_ptr<bool> const l_keep = l_node.back().m_ended;
+    // before this thread sleeps. The caller waits for the mark of its own place, which it shares
+    // with the queue.
+    std::shared_ptr<link> const l_place = std::make_shared<link>();
+    l_place->m_call = a_call;
+    l_place->m_waited = true;
+    l_place->m_self = l_place;
     scoped_mutex::lock const l_call_lock(l_call.m_mutex);
     {
         scoped_mutex::lock const l_lock(m_calls_mutex);
-        m_calls.splice(m_calls.end(), l_node);
+        append(m_calls, *l_place);
     }
-    while (!l_ended) {
+    while (!l_place->m_ended) {
         l_call.wait();
     }
 }
@@ -169,7 +235,9 @@ void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_call, std::string
     if ((a_flags & callqueue_unique) != 0 && !m_unique_ids.insert(a_id).second) {
         return;
     }
-    m_exit_calls.push_back(std::move(a_call));
+    link &l_link = place_for(*a_call);
+    l_link.m_call = std::move(a_call);
+    append(m_exit_calls, l_link);
 }
 
 // The owner holds an object's mutex while its call runs, and notes the object as running. An
@@ -181,7 +249,7 @@ public:
           m_nested(std::find(a_running.begin(), a_running.end(), &a_call) != a_running.end())
     {
         if (!m_nested) {
-            m_call.lock();
+            lock_soon(m_call);
         }
         m_running.push_back(&m_call);
     }
@@ -200,6 +268,21 @@ public:
     held_call &operator=(held_call const &) = delete;
 
 private:
+    // A blocking caller holds its object's mutex from queuing the call until its wait begins, a
+    // moment later: the owner tries a few times before it sleeps on the mutex, and so spares both
+    // threads a wake-up.
+    static void lock_soon(callqueue_object const &a_call)
+    {
+        int const k_tries = 64;
+        for (int l_try = 0; l_try < k_tries; ++l_try) {
+            if (a_call.m_mutex.trylock()) {
+                return;
+            }
+            std::this_thread::yield();
+        }
+        a_call.lock();
+    }
+
     callqueue_object const &m_call;
     std::vector<callqueue_object const *> &m_running;
     bool const m_nested;
@@ -210,27 +293,31 @@ void callqueue::run()
     if (!on_owner()) {
         es::unsupp::raise(ORDWEL_HERE, "callqueue::run() called from different thread");
     }
-    // The pending calls move into a snapshot under the list mutex (no copy): calls added while
-    // these run wait for the next run, and each reference goes when the snapshot ends.
-    std::list<pending> l_calls;
+    // Nothing pending: the list mutex stays with the producers.
+    if (m_calls.m_head.load(std::memory_order_relaxed) == nullptr) {
+        return;
+    }
+    // The pending calls move into a snapshot under the list mutex: calls added while these run
+    // wait for the next run, and each reference goes when its call has ended.
+    link *l_head = nullptr;
     {
         scoped_mutex::lock const l_lock(m_calls_mutex);
-        l_calls.splice(l_calls.end(), m_calls);
+        l_head = m_calls.m_head.exchange(nullptr, std::memory_order_relaxed);
+        m_calls.m_tail = nullptr;
     }
-    // The end of one call, also when the owner's thread leaves by cancellation: the blocking
-    // caller's mark is set and the object's waiters are woken before its mutex goes. A caller's
-    // mark wakes every waiter of the object, as each looks at its own mark; a call without a
-    // waiting caller gives the plain signal.
+    // The end of one call, also when the owner's thread leaves by cancellation: under the
+    // object's mutex the blocking caller's mark is set, or a call without a waiting caller gives
+    // the plain signal. Once the mutex has gone, a caller's mark wakes every waiter of the object,
+    // as each looks at its own mark; woken after the unlock, the caller finds the mutex free.
     struct call_end {
         callqueue_object &m_call;
-        bool *m_ended;
+        link *m_waited;
 
         ~call_end()
         {
             try {
-                if (m_ended != nullptr) {
-                    *m_ended = true;
-                    m_call.m_condition.broadcast();
+                if (m_waited != nullptr) {
+                    m_waited->m_ended = true;
                 } else {
                     m_call.signal();
                 }
@@ -238,10 +325,28 @@ void callqueue::run()
             }
         }
     };
-    for (pending &l_pending : l_calls) {
-        callqueue_object &l_call = *l_pending.m_call;
+    struct caller_wake {
+        callqueue_object &m_call;
+        bool m_waited;
+
+        ~caller_wake()
+        {
+            try {
+                if (m_waited) {
+                    m_call.m_condition.broadcast();
+                }
+            } catch (es::base const &) {
+            }
+        }
+    };
+    taken_calls l_calls(l_head);
+    while (!l_calls.empty()) {
+        taken_calls::taken const l_taken = l_calls.next();
+        callqueue_object &l_call = *l_taken.m_call;
+        link *const l_waited = l_taken.m_link != nullptr && l_taken.m_link->m_waited ? l_taken.m_link : nullptr;
+        caller_wake const l_wake{l_call, l_waited != nullptr};
         held_call const l_held(l_call, m_running);
-        call_end const l_end{l_call, l_pending.m_ended.get()};
+        call_end const l_end{l_call, l_waited};
         call_dropping_exceptions(l_call);
     }
 }
@@ -251,18 +356,18 @@ void callqueue::exit()
     if (!on_owner()) {
         es::unsupp::raise(ORDWEL_HERE, "callqueue::exit() called from different thread");
     }
-    {
-        scoped_mutex::lock const l_lock(m_exited_mutex);
-        m_exited = true;
-    }
-    std::list<ptr_refcount<callqueue_object>> l_calls;
+    m_exited.store(true, std::memory_order_release);
+    link *l_head = nullptr;
     {
         scoped_mutex::lock const l_lock(m_calls_mutex);
-        l_calls.splice(l_calls.end(), m_exit_calls);
+        l_head = m_exit_calls.m_head.exchange(nullptr, std::memory_order_relaxed);
+        m_exit_calls.m_tail = nullptr;
     }
-    for (ptr_refcount<callqueue_object> &l_ref : l_calls) {
-        held_call const l_held(*l_ref, m_running);
-        call_dropping_exceptions(*l_ref);
+    taken_calls l_calls(l_head);
+    while (!l_calls.empty()) {
+        taken_calls::taken const l_taken = l_calls.next();
+        held_call const l_held(*l_taken.m_call, m_running);
+        call_dropping_exceptions(*l_taken.m_call);
     }
 }
 

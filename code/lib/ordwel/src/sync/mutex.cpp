@@ -23,13 +23,17 @@ namespace {
 
 mutex::mutex(bool a_recursive) : m_native(), m_name()
 {
-    pthread_mutexattr_t l_attr;
-    pthread_mutexattr_init(&l_attr);
+    // The default kind needs no attributes: a mutex built per queued call costs one init.
+    int l_result = 0;
     if (a_recursive) {
+        pthread_mutexattr_t l_attr;
+        pthread_mutexattr_init(&l_attr);
         pthread_mutexattr_settype(&l_attr, PTHREAD_MUTEX_RECURSIVE);
+        l_result = pthread_mutex_init(native_place<pthread_mutex_t>(m_native), &l_attr);
+        pthread_mutexattr_destroy(&l_attr);
+    } else {
+        l_result = pthread_mutex_init(native_place<pthread_mutex_t>(m_native), nullptr);
     }
-    int const l_result = pthread_mutex_init(native_place<pthread_mutex_t>(m_native), &l_attr);
-    pthread_mutexattr_destroy(&l_attr);
     if (l_result != 0) {
         es::call::raise(ORDWEL_HERE, "mutex init failed");
     }

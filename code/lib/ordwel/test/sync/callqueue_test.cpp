@@ -253,6 +253,42 @@ TEST(callqueue, nested_run_meets_the_running_object_again)
     EXPECT_EQ(l_depths, (std::vector<int>{1, 2}));
 }
 
+// One object waits on the lists several times at once: each queuing runs once, in its place in
+// the order, and the object lives until the last of them has run.
+TEST(callqueue, object_queued_several_times_runs_each_time_in_order)
+{
+    std::vector<std::string> l_order;
+    std::atomic<bool> l_destroyed{false};
+    {
+        auto const l_twice = make_call([&] { l_order.push_back("twice"); }, &l_destroyed);
+        queue().add_call(l_twice, "first", callqueue_deferred);
+        queue().add_call(make_call([&] { l_order.push_back("other"); }), "other", callqueue_deferred);
+        queue().add_call(l_twice, "second", callqueue_deferred);
+        queue().add_call(l_twice, "third", callqueue_deferred);
+    }
+    EXPECT_FALSE(l_destroyed);
+    queue().run();
+    EXPECT_EQ(l_order, (std::vector<std::string>{"twice", "other", "twice", "twice"}));
+    EXPECT_TRUE(l_destroyed);
+
+    // Queued again by its own call: the object's place is free once its run has begun.
+    l_order.clear();
+    int l_left = 2;
+    ptr_refcount<call> l_again;
+    l_again = make_call([&] {
+        l_order.push_back("again");
+        if (--l_left > 0) {
+            queue().add_call(l_again, "again", callqueue_deferred);
+        }
+    });
+    queue().add_call(l_again, "again", callqueue_deferred);
+    queue().run();
+    EXPECT_EQ(l_order.size(), 1u) << "a call queued by a running call waits for the next run";
+    queue().run();
+    EXPECT_EQ(l_order.size(), 2u);
+    EXPECT_EQ(l_again->m_runs, 2);
+}
+
 TEST(callqueue, raising_calls_are_dropped_and_the_rest_run)
 {
     auto const l_raising = make_call([] { throw std::logic_error("dropped"); });
