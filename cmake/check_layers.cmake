@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The layering check, run by ctest as
 #   cmake -DMANIFEST=<manifest> -DSOURCE_ROOT=<code/lib/ordwel> -P check_layers.cmake
 # Every #include of a layer's sources and public headers must name its own layer, a layer that it

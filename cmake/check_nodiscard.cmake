@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The nodiscard check, run by ctest as
 #   cmake -DCOMPILER=<c++> -DINCLUDE_DIR=<dir> -DSOURCE=<nodiscard_check.cpp> -P check_nodiscard.cmake
 # Compiles the source twice with -Werror: once using what trimmed() gives, which must compile (so

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Cross build for 64-bit Windows with mingw-w64 (posix thread model, so std::thread and
 # the pthread calls go to winpthreads). Tests run under Wine.
 set(CMAKE_SYSTEM_NAME Windows)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Compiled by cmake/check_nodiscard.cmake, twice. With ORDWEL_USE_RESULT it uses what trimmed()
 // gives and must compile; without it the result is dropped, which -Werror must refuse, because
 // trimmed() and its kind are marked [[nodiscard]].

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The API reference: `cmake --build <dir> --target docs` runs Doxygen over the public headers, with
 # the README as the main page, into <dir>/docs/html. Every public declaration is documented at its
 # declaration, and a warning fails the target. Without Doxygen there is no docs target. A member

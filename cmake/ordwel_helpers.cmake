@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Shared build settings for every ordwel target.
 
 # Warning flags; errors when ORDWEL_WERROR is on (always in CI).

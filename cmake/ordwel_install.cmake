@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installation: the library (component runtime), what a developer builds against (component dev:
 # headers, the link name, the static archive, the CMake package and ordwel.pc). The toolbox installs
 # itself as component tools (code/tools/ordwel). The components become the Debian packages of

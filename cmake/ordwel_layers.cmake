@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The library is built from layers: one folder of code/lib/ordwel/src each, listed bottom up in
 # code/lib/ordwel/CMakeLists.txt. A layer names its sources, the public headers it implements and
 # the layers below it that it may use. The sources go into the object library ordwel_objects, of

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Debian packages with `cpack -G DEB` from a build configured with CMAKE_INSTALL_PREFIX=/usr (the
 # package preset), split as Debian splits a library:
 #   libordwel<soversion>  the shared library (component runtime), named after its SONAME

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ordwel: the library's toolbox. See "ordwel --help".
 #include "toolbox.h"
 

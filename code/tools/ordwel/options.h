@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_TOOLBOX_OPTIONS_H
 #define ORDWEL_TOOLBOX_OPTIONS_H
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Writes the manual page ordwel.1 and the bash completion script ordwel.bash into OUT_DIR, both from
 # the tool itself (TOOL): the man page is its help screen in plain form, each heading a section and
 # each section's text kept as laid out; the completion script is what --bash-completion prints.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Bit cursors over 1 MiB in memory, in bytes of data per second: fields of
 // mixed widths (1 to 32 bits) read beside GStreamer's GstBitReader (its inline
 // checked getter) and written beside GstBitWriter; and a search for 00 00 01

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // buffer against std::vector<unsigned char>, and string_with_format against snprintf into a
 // std::string, in one run.
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base64 and hex over random bytes of 64 B, 4 KiB, 64 KiB and 16 MiB (the argument), in plain bytes
 // per second: bytes in for the encoders, bytes out for the decoders, so that each compares with
 // memcpy of the argument's size measured in the same run. ordwel gives a new buffer per call (its

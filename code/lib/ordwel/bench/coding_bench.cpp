@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wire format: 1,000 records of five items (32-, 16- and 64-bit integers, a name, a 32-byte
 // blob) built into a message and taken apart again, in bytes of message per second. The peer is
 // the same format written by hand into a std::vector with Boost.Endian's conversions and read back

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Locks, semaphore and call queue beside their standard-library and Boost.Asio peers.
 
 #include <ordwel/callqueue.h>

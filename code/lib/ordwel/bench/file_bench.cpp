@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole-file reads and writes of 1 MiB: fileutil against the C library's fopen/fread/fwrite, in
 // one run, on a file in the system's temporary directory (page cache, so the library's own cost
 // shows rather than the disk's). Rates are taken over wall-clock time: a file system's cost is

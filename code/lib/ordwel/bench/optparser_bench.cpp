@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // optparser against the C library's getopt_long on the same command line, in one run: flags, a
 // cluster with an attached value, short and long options with one value each, and loose words.
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A trivial child started and seen to its end: process (spawn, monitor thread, reap, report)
 // beside posix_spawn and waitpid by hand, the least any launcher can do.
 #include <condition_variable>

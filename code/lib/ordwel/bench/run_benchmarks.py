@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs every ordwel benchmark program beside its peers and rewrites the table in docs/performance.md.
 
     python3 code/lib/ordwel/bench/run_benchmarks.py [--build build/release] [--repetitions 3]

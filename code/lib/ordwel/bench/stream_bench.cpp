@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory streams and byte cursors against std::stringstream / std::istringstream, and against
 // memcpy over a std::vector as the lower bound, in one run. Every case moves 1 MiB per iteration
 // in pieces (or items) of the given size and reports bytes/s.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text families: tokenizers, key-value text, character-map replacement, path normalization and
 // UTF-8 <-> wide conversion, each in bytes/s, beside a peer doing the same work where one exists:
 // boost::split for tokens, std::filesystem's lexically_normal for paths, iconv and

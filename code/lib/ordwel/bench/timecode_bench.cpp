@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Timecode and timestamp work beside FFmpeg's libavutil doing the same job in the same run:
 // stepping a 29.97 drop-frame counter and packing the label, rendering the label as text,
 // turning a 90 kHz time into a label, and NTP fixed point.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // URL parsing and percent coding. ordwel reads every part of 10,000 generated URLs (http, https,
 // smb, file; user information, IPv6 hosts, ports, queries, fragments) beside libcurl's URL API,
 // which parses each URL into a handle and hands out every part; and encodes and decodes a text

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bit cursors on arbitrary data and arbitrary programs: no crash and no sanitizer report, and
 // every result agrees with a plain model of the bits. The first byte gives the length of the
 // program, the second the source's piece size and the block size; the rest is the data. The

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Byte cursors driven by arbitrary input: the first bytes choose the block size, how many bytes
 // the source gives per read and a script of operations; the rest is the data. The reader must
 // hand out exactly the data's bytes and tell the right position, or raise es::uflow at the end;

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # A fuzz campaign: every libFuzzer target of the fuzz preset in turn, each for the same time, on a
 # copy of its seed corpus. Prints per target the executions, the coverage (cov: of libFuzzer's final
 # line) and the findings (crash, leak, oom and timeout files), and exits 1 when there are findings.

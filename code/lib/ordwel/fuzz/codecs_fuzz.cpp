@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Base64 and hex decoders on arbitrary text: no crash and no sanitizer report; a length of the
 // wrong kind raises es::arg and nothing else; the byte count follows the length (and, for Base64,
 // the foreign characters). The input taken as bytes comes back from its encodings, and valid

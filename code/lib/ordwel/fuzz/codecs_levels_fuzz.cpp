@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The Base64 and hex kernels of every level that this processor has, run side by side with the
 // scalar kernels: on the input as bytes to encode, as text to decode, and as valid encoded text
 // with one character of the input planted in it. Any difference traps.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The network decoder on arbitrary bytes: no crash and no sanitizer report. The first byte gives
 // the length of a program of operations, the rest is the message. Every operation either works or
 // raises es::arg, and a raise leaves the read position where it was (a composite item may have

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The child's command line and its reading by the Windows runtime's rules, on arbitrary text: no
 // crash, and simple words (no blank, tab, quote or backslash) come back as they went in. The input
 // is the program and the arguments, separated by NUL bytes.

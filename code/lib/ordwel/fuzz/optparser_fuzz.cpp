@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Command lines and help texts from fuzz input. The input is split at NUL bytes into words; the
 // first byte steers how many words the callbacks claim. The words are parsed against a table of
 // every option kind, then each word is written as a description (to /dev/null) at a width taken

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The identifier functions on arbitrary text: no crash, no sanitizer report; every field read
 // undecoded is a stretch of the text; a field set to plain letters and digits reads back.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The byte scans at every vector level the processor has, side by side with the scalar level, on
 // arbitrary data; and the bit reader's search at byte positions over a memory stream (scanned in
 // place) beside the same search through a source that hands out a few bytes at a time. The first

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tokenizers, key-value text, path algebra and the UTF-8 codec on arbitrary bytes. Beyond not
 // crashing, each checks a property that must hold for every input.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Timecode text in every form a caller can hand over, and the stepping rules on what it gives.
 // Any input must give a value or the exception the class names; a drop-frame step must be undone
 // by the step back.

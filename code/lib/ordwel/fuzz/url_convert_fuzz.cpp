@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The URL and platform path conversions on arbitrary text: no crash, no sanitizer report; the
 // parts of a UNC text are stretches of it, with the object at its end, and a platform path set
 // into a URL comes back from it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The URL getters on arbitrary text: no crash, no sanitizer report, and every undecoded part is a
 // stretch of the text it came from. Decoding never makes a part longer, and every text without a
 // NUL byte comes back from its encoding.

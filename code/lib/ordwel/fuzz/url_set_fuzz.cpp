@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The URL setters on arbitrary text. The first byte picks the operation, the second whether the
 // value is encoded (its low bit) and a path operation (the other bits); the rest is the URL and, behind the first
 // newline, the value. No crash, no sanitizer report; the copying twin gives what the in-place form makes; a removal

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_BITSTREAM_H
 #define ORDWEL_BITSTREAM_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_BUFFER_H
 #define ORDWEL_BUFFER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_BYTESTREAM_H
 #define ORDWEL_BYTESTREAM_H
 

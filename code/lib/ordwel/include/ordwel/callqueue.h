@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CALLQUEUE_H
 #define ORDWEL_CALLQUEUE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CHUNKBUF_H
 #define ORDWEL_CHUNKBUF_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CLOCK_H
 #define ORDWEL_CLOCK_H
 

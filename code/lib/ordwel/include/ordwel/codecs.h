@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CODECS_H
 #define ORDWEL_CODECS_H
 

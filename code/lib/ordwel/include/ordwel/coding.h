@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CODING_H
 #define ORDWEL_CODING_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CONDITION_H
 #define ORDWEL_CONDITION_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CONV_H
 #define ORDWEL_CONV_H
 

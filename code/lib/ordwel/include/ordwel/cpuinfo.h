@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_CPUINFO_H
 #define ORDWEL_CPUINFO_H
 

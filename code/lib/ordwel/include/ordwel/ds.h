@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_DS_H
 #define ORDWEL_DS_H
 

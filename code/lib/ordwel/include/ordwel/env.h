@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_ENV_H
 #define ORDWEL_ENV_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_ES_H
 #define ORDWEL_ES_H
 

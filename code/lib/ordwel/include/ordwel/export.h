@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_EXPORT_H
 #define ORDWEL_EXPORT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_FILE_H
 #define ORDWEL_FILE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_FRACTION_H
 #define ORDWEL_FRACTION_H
 

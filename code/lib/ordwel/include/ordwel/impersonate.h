@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_IMPERSONATE_H
 #define ORDWEL_IMPERSONATE_H
 

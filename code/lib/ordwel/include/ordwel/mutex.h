@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_MUTEX_H
 #define ORDWEL_MUTEX_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_OBJECT_H
 #define ORDWEL_OBJECT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_OPTPARSER_H
 #define ORDWEL_OPTPARSER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_ORDWEL_H
 #define ORDWEL_ORDWEL_H
 

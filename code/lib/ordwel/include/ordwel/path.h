@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_PATH_H
 #define ORDWEL_PATH_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_PROCESS_H
 #define ORDWEL_PROCESS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_RWLOCK_H
 #define ORDWEL_RWLOCK_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SEMAPHORE_H
 #define ORDWEL_SEMAPHORE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_STREAM_H
 #define ORDWEL_STREAM_H
 

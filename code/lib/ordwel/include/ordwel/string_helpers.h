@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_STRING_HELPERS_H
 #define ORDWEL_STRING_HELPERS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_STRUTIL_H
 #define ORDWEL_STRUTIL_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_TEST_H
 #define ORDWEL_TEST_H
 

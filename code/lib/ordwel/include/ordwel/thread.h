@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_THREAD_H
 #define ORDWEL_THREAD_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_TIMECODE_H
 #define ORDWEL_TIMECODE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_TIMESTAMP_H
 #define ORDWEL_TIMESTAMP_H
 

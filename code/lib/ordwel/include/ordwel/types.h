@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_TYPES_H
 #define ORDWEL_TYPES_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_URI_IDS_H
 #define ORDWEL_URI_IDS_H
 

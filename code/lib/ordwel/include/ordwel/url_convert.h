@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_URL_CONVERT_H
 #define ORDWEL_URL_CONVERT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/chunkbuf.h>
 
 namespace ordwel {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SRC_CORE_BYTE_SCAN_H
 #define ORDWEL_SRC_CORE_BYTE_SCAN_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SRC_CORE_BYTE_TABLES_H
 #define ORDWEL_SRC_CORE_BYTE_TABLES_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "core/cpu_dispatch.h"
 
 #if defined(__x86_64__) || defined(_M_X64) || defined(__i386__) || defined(_M_IX86)

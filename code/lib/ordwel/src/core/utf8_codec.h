@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_UTF8_CODEC_H
 #define ORDWEL_UTF8_CODEC_H
 

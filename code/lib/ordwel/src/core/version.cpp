@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/version.h>
 
 // Compiled into the library, so these give the version of the library that is loaded, whatever

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/es.h>
 
 #include <cstdio>

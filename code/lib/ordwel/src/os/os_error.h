@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SRC_OS_OS_ERROR_H
 #define ORDWEL_SRC_OS_OS_ERROR_H
 

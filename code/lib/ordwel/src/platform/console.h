@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_PLATFORM_CONSOLE_H
 #define ORDWEL_PLATFORM_CONSOLE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SRC_PLATFORM_ERROR_H
 #define ORDWEL_SRC_PLATFORM_ERROR_H
 

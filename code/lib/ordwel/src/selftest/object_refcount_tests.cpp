@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The self-test units "object_refcount" and "object" of suite "ordwel".
 #include <ordwel/es.h>
 #include <ordwel/object.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The self-test unit "parseopt" of suite "ordkin", and its callback classes.
 #include <cstring>
 #include <initializer_list>

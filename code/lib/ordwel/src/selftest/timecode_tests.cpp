@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The self-test units "timecode" and "types" of suite "ordwel".
 #include <cmath>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/codecs.h>
 
 #include <cstddef>

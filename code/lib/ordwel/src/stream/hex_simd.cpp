@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The vector kernels of hex and the choice among them. Each kernel is compiled for its own
 // instruction set (ORDWEL_TARGET), so the rest of the build assumes no more than the baseline.
 

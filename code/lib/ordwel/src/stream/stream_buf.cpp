@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/stream.h>
 
 #include <ordwel/es.h>

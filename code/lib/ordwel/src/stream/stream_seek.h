@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SRC_STREAM_SEEK_H
 #define ORDWEL_SRC_STREAM_SEEK_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/semaphore.h>
 
 #include <ordwel/timestamp.h>

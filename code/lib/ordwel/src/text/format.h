@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_SRC_TEXT_FORMAT_H
 #define ORDWEL_SRC_TEXT_FORMAT_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/fraction.h>
 
 #include "core/arith.h"

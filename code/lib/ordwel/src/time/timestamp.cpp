@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/timestamp.h>
 
 #include <ordwel/string_helpers.h>

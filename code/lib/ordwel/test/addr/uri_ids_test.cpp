@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/uri_ids.h>
 
 #include <map>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/url_convert.h>
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/internal/byte_order.h>
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/cpuinfo.h>
 
 #include <memory>

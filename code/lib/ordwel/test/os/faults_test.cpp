@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Faults the library must survive: failures after a file is open, large input through a child,
 // a full disk. Most need Linux (its /proc, its mounts); elsewhere they skip and say why.
 #include <ordwel/file.h>

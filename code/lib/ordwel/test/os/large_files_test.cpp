@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reads and writes of more than the kernel moves in one call (2 GiB less 4 KiB on Linux), up to
 // the 4 GiB less one that one call of file may move, and positions beyond 4 GiB. The files are
 // sparse, so the disk holds little; the large buffers are real memory, and the tests skip when the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/test.h>
 #include <ordwel/version.h>
 

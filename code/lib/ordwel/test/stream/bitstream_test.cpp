@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/bitstream.h>
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The vector kernels of the Base64 and hex codecs against the scalar ones, on every level that this
 // processor has: the same bytes for every input, valid or not. Input and output sit in buffers of
 // their exact size, so that a sanitizer sees any access beyond them.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bit reader's search at byte positions, at every vector level this processor has, against a
 // brute-force scan: over memory streams (scanned in place) and over sources that hand out a few
 // bytes at a time (read through the block).

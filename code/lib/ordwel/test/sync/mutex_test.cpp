@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/condition.h>
 #include <ordwel/es.h>
 #include <ordwel/mutex.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <ordwel/string_helpers.h>
 
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_INTERNAL_ATTRIBUTES_H
 #define ORDWEL_INTERNAL_ATTRIBUTES_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #ifndef ORDWEL_INTERNAL_BYTE_ORDER_H
 #define ORDWEL_INTERNAL_BYTE_ORDER_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A small child program for the process tests. Its arguments are commands, run in order:
 //   out TEXT     writes TEXT to the standard output      err TEXT   the same to the standard error
 //   big N        writes N bytes to the standard output   cat        copies the standard input out
