@@ -5,10 +5,7 @@
 
 #include <ordwel/internal/attributes.h>
 
-#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
-#define ORDWEL_BYTE_SCAN_X86 1
-#include <immintrin.h>
-#endif
+#include "core/x86_intrinsics.h"
 
 namespace ordwel {
 namespace internal {
@@ -58,7 +55,7 @@ uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
     return l_positions;
 }
 
-#if defined(ORDWEL_BYTE_SCAN_X86)
+#if defined(ORDWEL_X86_KERNELS)
 
 // The bit that a byte's high nibble h selects in a row of the set's tables: 1 << (h & 7).
 alignas(16) unsigned char const k_nibble_bits[16] = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
@@ -354,7 +351,7 @@ byte_set byte_set_of(unsigned char const *a_bytes, std::size_t a_count)
     return l_set;
 }
 
-#if defined(ORDWEL_BYTE_SCAN_X86)
+#if defined(ORDWEL_X86_KERNELS)
 dispatch<triple_find> const k_triple_find(triple_find_scalar, nullptr, triple_find_avx2, triple_find_avx512);
 dispatch<set_find> const k_set_find(set_find_scalar, nullptr, set_find_avx2, set_find_avx512);
 dispatch<set_positions> const k_set_positions(set_positions_scalar, nullptr, set_positions_avx2, set_positions_avx512);

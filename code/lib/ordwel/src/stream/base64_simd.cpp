@@ -9,22 +9,14 @@
 #include "core/byte_tables.h"
 #include "stream/codec_kernels.h"
 
-#if defined(__GNUC__) && (defined(__x86_64__) || defined(_M_X64))
-#define ORDWEL_STREAM_BASE64_X86 1
-// GCC 12 takes the deliberately undefined source of the AVX-512 intrinsics (_mm512_undefined_*)
-// for an uninitialised variable once they are inlined; the warning points into its own headers.
-#if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#endif
+#include "core/x86_intrinsics.h"
 
 namespace ordwel {
 namespace internal {
 
 namespace {
 
-#if defined(ORDWEL_STREAM_BASE64_X86)
+#if defined(ORDWEL_X86_KERNELS)
 
 std::size_t bytes_between(void const *a_from, void const *a_to)
 {
@@ -243,7 +235,7 @@ std::size_t base64_decode_avx512(unsigned char *a_out, unsigned char const *a_te
 
 } // namespace
 
-#if defined(ORDWEL_STREAM_BASE64_X86)
+#if defined(ORDWEL_X86_KERNELS)
 dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar, nullptr, &base64_encode_avx2,
                                                      &base64_encode_avx512};
 dispatch<base64_decode_kernel> const k_base64_decode{&base64_decode_scalar, nullptr, &base64_decode_avx2,

@@ -8,22 +8,14 @@
 
 #include "stream/codec_kernels.h"
 
-#if defined(__GNUC__) && (defined(__x86_64__) || defined(_M_X64))
-#define ORDWEL_STREAM_HEX_X86 1
-// GCC 12 takes the deliberately undefined source of the AVX-512 intrinsics (_mm512_undefined_*)
-// for an uninitialised variable once they are inlined; the warning points into its own headers.
-#if !defined(__clang__)
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#include <immintrin.h>
-#endif
+#include "core/x86_intrinsics.h"
 
 namespace ordwel {
 namespace internal {
 
 namespace {
 
-#if defined(ORDWEL_STREAM_HEX_X86)
+#if defined(ORDWEL_X86_KERNELS)
 
 // --- AVX2: 32 bytes to 64 digits, 64 digits to 32 bytes --------------------------------------------
 
@@ -149,7 +141,7 @@ void hex_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::s
 
 } // namespace
 
-#if defined(ORDWEL_STREAM_HEX_X86)
+#if defined(ORDWEL_X86_KERNELS)
 dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar, nullptr, &hex_encode_avx2, &hex_encode_avx512};
 dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar, nullptr, &hex_decode_avx2, &hex_decode_avx512};
 #else
