@@ -396,35 +396,6 @@ TEST(bitstream_rd, find_a_pattern_at_every_bit_offset)
     }
 }
 
-TEST(bitstream_rd, find_start_codes_at_byte_positions)
-{
-    // 00 00 01 start codes at byte positions, one of them across the block boundary of 16 bytes
-    // and one at the very end.
-    std::string l_data = bytes({0x00, 0x00, 0x01, 0xb3, 0x11, 0x00, 0x00, 0x00, 0x01, 0x22, 0xff, 0x00, 0x00,
-                                0x02, 0x00, 0x00, 0x00, 0x01, 0x33, 0x80, 0x00, 0x01, 0x00, 0x00, 0x01});
-    source l_source(l_data);
-    bitstream::rd l_reader(l_source, 16);
-    std::vector<uint64> l_found;
-    std::vector<uint32> l_codes;
-    while (l_reader.find(1, 24, 8, 8)) {
-        l_found.push_back(l_reader.tell());
-        l_codes.push_back(l_reader.peek(8));
-    }
-    EXPECT_EQ(l_found, (std::vector<uint64>{3, 9, 18, 25}));
-    EXPECT_EQ(l_codes, (std::vector<uint32>{0xb3, 0x22, 0x33, 0x00}));
-    EXPECT_FALSE(l_reader.has_bits(1)) << "the last code ends the data";
-
-    // 80 00 00 80 holds 00 00 01 only off the byte grid, from its second bit.
-    source l_off_grid(bytes({0x80, 0x00, 0x00, 0x80}));
-    l_reader.clear(l_off_grid);
-    EXPECT_FALSE(l_reader.find(1, 24, 8, 8));
-    l_off_grid.m_at = 0;
-    l_reader.clear(l_off_grid);
-    EXPECT_TRUE(l_reader.find(1, 24, 1, 1));
-    EXPECT_EQ(l_reader.read(7), 0u);
-    EXPECT_FALSE(l_reader.has_bits(1));
-}
-
 TEST(bitstream_rd, find_at_the_edges)
 {
     struct row {
@@ -462,20 +433,6 @@ TEST(bitstream_rd, find_at_the_edges)
         if (!l_row.found) {
             EXPECT_FALSE(l_reader.has_bits(1)) << l_row.name;
         }
-    }
-}
-
-TEST(bitstream_rd, find_32_bits_across_a_block_boundary)
-{
-    for (uint64 l_start = 0; l_start < 24; ++l_start) {
-        std::string l_data(40, '\x11');
-        std::string const l_pattern = bytes({0xde, 0xad, 0xbe, 0xef});
-        l_data.replace(l_start, 4, l_pattern);
-        source l_source(l_data);
-        bitstream::rd l_reader(l_source, 8);
-        ASSERT_TRUE(l_reader.find(0xdeadbeef, 32, 8, 8)) << l_start;
-        EXPECT_EQ(l_reader.tell(), l_start + 4);
-        EXPECT_EQ(l_reader.read(8), 0x11u);
     }
 }
 
