@@ -174,19 +174,6 @@ int live_children()
     return l_count;
 }
 
-// Waits up to a_limit for a_done to hold; whether it did.
-bool eventually(std::function<bool()> const &a_done, std::chrono::seconds a_limit)
-{
-    auto const l_end = std::chrono::steady_clock::now() + a_limit;
-    while (!a_done()) {
-        if (std::chrono::steady_clock::now() > l_end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
-
 // Counts the calls of a status object and those that come too late: any call that starts, or is
 // still running, once the owner has closed it (after terminate(true) or the destructor).
 class watched_status : public process::status {
@@ -408,10 +395,9 @@ TEST(faults, no_report_reaches_a_status_object_after_cancel_or_destruction)
         l_ready = true;
         ASSERT_GT(l_pid, 0);
         if (l_row.on_monitor) {
-            ASSERT_TRUE(eventually([&] { return l_status.m_closed.load(); }, std::chrono::seconds(20)));
+            ASSERT_TRUE(ordwel_test::eventually([&] { return l_status.m_closed.load(); }));
         } else {
-            ASSERT_TRUE(eventually([&] { return l_status.m_calls > watched_status::k_trigger_call; },
-                                   std::chrono::seconds(20)));
+            ASSERT_TRUE(ordwel_test::eventually([&] { return l_status.m_calls > watched_status::k_trigger_call; }));
             l_step();
             l_status.m_closed = true;
         }
@@ -506,9 +492,8 @@ TEST(faults, repeated_starts_and_failures_leave_no_child_and_no_descriptor)
                     } catch (es::call const &) {
                     }
                 }
-                bool const l_clean =
-                    eventually([] { return live_children() == 0; }, std::chrono::seconds(20)) &&
-                    eventually([&] { return open_descriptors() == l_before; }, std::chrono::seconds(5));
+                bool const l_clean = ordwel_test::eventually([] { return live_children() == 0; }) &&
+                                     ordwel_test::eventually([&] { return open_descriptors() == l_before; });
                 return l_clean ? 0 : 1;
             },
             std::chrono::seconds(60));

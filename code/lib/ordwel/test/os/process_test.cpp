@@ -225,18 +225,6 @@ TEST(process, output_arrives_in_pieces_of_at_most_4096_bytes)
 
 TEST(process, feeds_standard_input_and_closes_it)
 {
-    // Input larger than a pipe holds: the child reads it all before it writes anything.
-    std::string l_input;
-    for (int l_line = 0; l_input.size() < 200000; ++l_line) {
-        l_input += "line " + std::to_string(l_line) + "\n";
-    }
-    EXPECT_EQ(run_child({"cat"}, {}, l_input).output, l_input);
-    // An empty input is closed at once: the child sees its end and goes on.
-    EXPECT_EQ(run_child({"count"}).output, "0 bytes");
-}
-
-TEST(process, input_larger_than_the_pipes_round_trips_through_a_child_that_echoes)
-{
     // The child writes as it reads, so its output pipe fills while input still waits: the
     // monitor must take output while the input goes in. Every byte comes back, in order.
     std::string l_input(std::size_t(1) << 20, '\0');
@@ -244,9 +232,10 @@ TEST(process, input_larger_than_the_pipes_round_trips_through_a_child_that_echoe
         l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
     }
     run_result const l_result = run_child({"echo"}, {}, l_input);
-    EXPECT_EQ(l_result.output.size(), l_input.size());
     EXPECT_TRUE(l_result.output == l_input) << "the output differs from the input";
     EXPECT_EQ(l_result.status, 0);
+    // An empty input is closed at once: the child sees its end and goes on.
+    EXPECT_EQ(run_child({"count"}).output, "0 bytes");
 }
 
 TEST(process, a_child_that_reads_nothing_does_not_hang_the_monitor)
