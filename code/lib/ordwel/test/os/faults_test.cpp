@@ -36,6 +36,8 @@
 #include <unistd.h>
 
 #include <ordwel/process.h>
+
+#include "support/process_recorder.h"
 #endif
 
 namespace {
@@ -107,38 +109,6 @@ guarded_end run_guarded(std::function<int()> const &a_body, std::chrono::seconds
     }
     return {false, WIFEXITED(l_status) ? WEXITSTATUS(l_status) : -1};
 }
-
-// Collects a child's output and waits for its end.
-class collector : public process::status {
-public:
-    void finished(process *) override
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        m_finished = true;
-        m_changed.notify_all();
-    }
-    void stdout_data(unsigned char const *a_data, unsigned int a_size) override
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        m_output.append(reinterpret_cast<char const *>(a_data), a_size);
-    }
-    bool wait_finished(std::chrono::seconds a_limit)
-    {
-        std::unique_lock<std::mutex> l_lock(m_lock);
-        return m_changed.wait_for(l_lock, a_limit, [this] { return m_finished; });
-    }
-    std::string output()
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        return m_output;
-    }
-
-private:
-    std::mutex m_lock;
-    std::condition_variable m_changed;
-    std::string m_output;
-    bool m_finished = false;
-};
 
 // The children of this process that are running or ended and not reaped, from the parent field
 // of every /proc/<pid>/stat. Unlike waitpid it reaps nothing, so the monitors keep their work.
@@ -291,9 +261,9 @@ TEST(faults, megabyte_of_standard_input_round_trips_through_cat)
     guarded_end const l_end = run_guarded(
         [] {
             std::string const l_input = large_input();
-            collector l_collector;
+            ordwel_test::recorder l_collector;
             process l_cat("cat", "/bin/cat", {}, {}, "", l_input, process_capture, &l_collector);
-            if (!l_collector.wait_finished(std::chrono::seconds(20))) {
+            if (!l_collector.wait_finished()) {
                 return k_did_not_finish;
             }
             return l_collector.output() == l_input && l_cat.get_status() == 0 ? 0 : 1;
@@ -436,7 +406,7 @@ TEST(faults, a_monitor_that_cannot_start_leaves_no_child)
                 return k_cannot_set_up;
             }
             int const l_before = open_descriptors();
-            collector l_collector;
+            ordwel_test::recorder l_collector;
             try {
                 process l_child("sleep", "/bin/sleep", {"30"}, {}, "", "input", process_capture, &l_collector);
                 l_child.terminate(true);
@@ -485,7 +455,7 @@ TEST(faults, repeated_starts_and_failures_leave_no_child_and_no_descriptor)
         guarded_end const l_end = run_guarded(
             [&l_row] {
                 int const l_before = open_descriptors();
-                collector l_collector;
+                ordwel_test::recorder l_collector;
                 for (int l_round = 0; l_round < l_row.count; ++l_round) {
                     try {
                         process l_child("p", l_row.program, l_row.args, {}, "", "in", process_capture, &l_collector);

@@ -15,6 +15,8 @@
 
 #include <ordwel/es.h>
 
+#include "support/process_recorder.h"
+
 #if defined(_WIN32)
 #include <windows.h>
 #else
@@ -44,69 +46,7 @@ std::string child_program()
 #endif
 }
 
-// Collects what a monitor reports and lets the test wait for the end.
-class recorder : public process::status {
-public:
-    void finished(process *a_process) override
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        ++m_finished;
-        m_status_seen = a_process->get_status();
-        m_changed.notify_all();
-    }
-
-    void stdout_data(unsigned char const *a_data, unsigned int a_size) override
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        m_output.append(reinterpret_cast<char const *>(a_data), a_size);
-        m_pieces.push_back(a_size);
-        m_changed.notify_all();
-    }
-
-    bool wait_finished(milliseconds a_limit = milliseconds(20000))
-    {
-        std::unique_lock<std::mutex> l_lock(m_lock);
-        return m_changed.wait_for(l_lock, a_limit, [this] { return m_finished > 0; });
-    }
-
-    bool wait_output(std::string const &a_text, milliseconds a_limit = milliseconds(20000))
-    {
-        std::unique_lock<std::mutex> l_lock(m_lock);
-        return m_changed.wait_for(l_lock, a_limit, [&] { return m_output.find(a_text) != std::string::npos; });
-    }
-
-    std::string output()
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        return m_output;
-    }
-
-    std::vector<unsigned> pieces()
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        return m_pieces;
-    }
-
-    int finished_count()
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        return m_finished;
-    }
-
-    int status_seen()
-    {
-        std::lock_guard<std::mutex> l_lock(m_lock);
-        return m_status_seen;
-    }
-
-private:
-    std::mutex m_lock;
-    std::condition_variable m_changed;
-    std::string m_output;
-    std::vector<unsigned> m_pieces;
-    int m_finished = 0;
-    int m_status_seen = -2;
-};
+using ordwel_test::recorder;
 
 using env_map = std::map<std::string, std::string>;
 
