@@ -117,15 +117,6 @@ TEST(callqueue, owner_call_raising_at_once_reaches_the_caller)
     EXPECT_EQ(raised_text<std::runtime_error>([&] { queue().add_call(l_call, "raising", 0); }), "from the call");
 }
 
-TEST(callqueue, queue_keeps_calls_alive_until_they_have_run)
-{
-    std::atomic<bool> l_destroyed{false};
-    queue().add_call(make_call({}, &l_destroyed), "kept", callqueue_deferred);
-    EXPECT_FALSE(l_destroyed);
-    queue().run();
-    EXPECT_TRUE(l_destroyed);
-}
-
 TEST(callqueue, blocking_caller_returns_after_its_call_ended_even_when_it_raised)
 {
     for (bool const l_raise : {false, true}) {
