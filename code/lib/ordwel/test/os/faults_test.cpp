@@ -189,16 +189,6 @@ private:
     }
 };
 
-// 1 MiB with no repeat at a power of two, so that a lost or doubled piece shows.
-std::string large_input()
-{
-    std::string l_input(std::size_t(1) << 20, '\0');
-    for (std::size_t l_index = 0; l_index < l_input.size(); ++l_index) {
-        l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
-    }
-    return l_input;
-}
-
 #endif
 
 // The whole-file helpers open the file themselves; when they raise after the open (a directory
@@ -260,7 +250,7 @@ TEST(faults, megabyte_of_standard_input_round_trips_through_cat)
     }
     guarded_end const l_end = run_guarded(
         [] {
-            std::string const l_input = large_input();
+            std::string const l_input = ordwel_test::large_input();
             ordwel_test::recorder l_collector;
             process l_cat("cat", "/bin/cat", {}, {}, "", l_input, process_capture, &l_collector);
             if (!l_collector.wait_finished()) {
@@ -298,7 +288,7 @@ TEST(faults, writing_past_a_full_disk_raises)
             }
             int l_code = k_raised_other;
             try {
-                fileutil::set_file_content(l_mount + "/big", large_input());
+                fileutil::set_file_content(l_mount + "/big", ordwel_test::large_input());
                 l_code = 1;
             } catch (es::file const &) {
                 l_code = 0;

@@ -16,6 +16,7 @@
 #include <ordwel/es.h>
 
 #include "support/process_recorder.h"
+#include "support/test_support.h"
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -167,10 +168,7 @@ TEST(process, feeds_standard_input_and_closes_it)
 {
     // The child writes as it reads, so its output pipe fills while input still waits: the
     // monitor must take output while the input goes in. Every byte comes back, in order.
-    std::string l_input(std::size_t(1) << 20, '\0');
-    for (std::size_t l_index = 0; l_index < l_input.size(); ++l_index) {
-        l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
-    }
+    std::string const l_input = ordwel_test::large_input();
     run_result const l_result = run_child({"echo"}, {}, l_input);
     EXPECT_TRUE(l_result.output == l_input) << "the output differs from the input";
     EXPECT_EQ(l_result.status, 0);
@@ -234,13 +232,9 @@ TEST(process, runs_in_the_working_directory)
 
 TEST(process, a_missing_program_raises_with_the_platform_code)
 {
-    try {
-        process l_child("none", child_program() + "-missing", {}, {}, "", "", 0, nullptr);
-        FAIL() << "no exception";
-    } catch (es::call const &l_error) {
-        EXPECT_EQ(std::string(l_error.what()).rfind("failed to create child process (error code ", 0), 0u)
-            << l_error.what();
-    }
+    std::string const l_error = ordwel_test::raised_text<es::call>(
+        [] { process l_child("none", child_program() + "-missing", {}, {}, "", "", 0, nullptr); });
+    EXPECT_EQ(l_error.rfind("failed to create child process (error code ", 0), 0u) << l_error;
 }
 
 TEST(process, results_before_and_after_the_end)

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -75,6 +76,16 @@ private:
     int m_finished = 0;
     int m_status_seen = -2;
 };
+
+// 1 MiB with no repeat at a power of two, so that a lost or doubled piece shows.
+inline std::string large_input()
+{
+    std::string l_input(std::size_t(1) << 20, '\0');
+    for (std::size_t l_index = 0; l_index < l_input.size(); ++l_index) {
+        l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
+    }
+    return l_input;
+}
 
 } // namespace ordwel_test
 
