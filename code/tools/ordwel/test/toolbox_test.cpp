@@ -296,27 +296,21 @@ TEST(toolbox, help_in_text_and_html)
 TEST(toolbox, hexdump_streams_a_range_of_a_file)
 {
     std::string const l_path = temp_file("hexdump.bin", "0123456789abcdef\x7fxyz");
-    struct row {
-        std::vector<std::string> words;
-        std::vector<std::string> lines;
-    } const l_rows[] = {
-        {{"hexdump", l_path},
-         {"00000000  30 31 32 33 34 35 36 37  38 39 61 62 63 64 65 66  |0123456789abcdef|",
-          "00000010  7f 78 79 7a                                       |.xyz            |",
-          "00000014                                                    |                |"}},
-        {{"hexdump", "-s", "0x3", "--length", "14", l_path},
-         {"00000003  33 34 35 36 37 38 39 61  62 63 64 65 66 7f        |3456789abcdef.  |",
-          "00000011                                                    |                |"}},
-        {{"hexdump", "-s", "100", l_path}, {}},
-        {{"hexdump", "-n", "0", l_path}, {}},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.words.size());
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, 0);
-        EXPECT_EQ(lines_of(l_run.out), l_row.lines);
-        EXPECT_EQ(l_run.err, "");
-    }
+    expect_runs({"hexdump"}, {
+                                 {{l_path},
+                                  0,
+                                  "00000000  30 31 32 33 34 35 36 37  38 39 61 62 63 64 65 66  |0123456789abcdef|\n"
+                                  "00000010  7f 78 79 7a                                       |.xyz            |\n"
+                                  "00000014                                                    |                |\n",
+                                  ""},
+                                 {{"-s", "0x3", "--length", "14", l_path},
+                                  0,
+                                  "00000003  33 34 35 36 37 38 39 61  62 63 64 65 66 7f        |3456789abcdef.  |\n"
+                                  "00000011                                                    |                |\n",
+                                  ""},
+                                 {{"-s", "100", l_path}, 0, "", ""},
+                                 {{"-n", "0", l_path}, 0, "", ""},
+                             });
     std::remove(l_path.c_str());
 
     expect_runs({"hexdump"},
