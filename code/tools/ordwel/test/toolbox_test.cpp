@@ -226,28 +226,23 @@ TEST(toolbox_selftest, built_in_cases_pass_and_selection_narrows)
 
 TEST(toolbox_selftest, listing_and_selection_errors)
 {
-    outcome const l_list = run_tool({"selftest", "--list", "ordwel/object"});
-    EXPECT_EQ(l_list.status, ordwel_toolbox::k_exit_ok);
-    EXPECT_EQ(l_list.out, "ordwel/object/default creation\nordwel/object/copy creation\n");
-
-    expect_runs({"selftest"},
-                {
-                    {{"nosuch"}, 2, "", "*** no such test suite or unit `nosuch'\n"},
-                    {{"nosuch/x"}, 2, "", "*** no such test suite `nosuch'\n"},
-                    {{"ordwel/nosuch"}, 2, "", "*** no such test unit `ordwel/nosuch'\n"},
-                    {{"ordwel/object/nosuch"}, 2, "", "*** no such test case `ordwel/object/nosuch'\n"},
-                    {{"a", "b"}, 2, "", "*** selftest takes at most one selection (ordwel --help tells more)\n"},
-                    {{"-x"}, 2, "", "*** no such option `x'\n"},
-                });
+    expect_runs(
+        {"selftest"},
+        {
+            {{"--list", "ordwel/object"}, 0, "ordwel/object/default creation\nordwel/object/copy creation\n", ""},
+            {{"nosuch"}, 2, "", "*** no such test suite or unit `nosuch'\n"},
+            {{"nosuch/x"}, 2, "", "*** no such test suite `nosuch'\n"},
+            {{"ordwel/nosuch"}, 2, "", "*** no such test unit `ordwel/nosuch'\n"},
+            {{"ordwel/object/nosuch"}, 2, "", "*** no such test case `ordwel/object/nosuch'\n"},
+            {{"a", "b"}, 2, "", "*** selftest takes at most one selection (ordwel --help tells more)\n"},
+            {{"-x"}, 2, "", "*** no such option `x'\n"},
+        });
 }
 
 TEST(toolbox, top_level_options_and_commands)
 {
-    outcome const l_version = run_tool({"--version"});
-    EXPECT_EQ(l_version.status, 0);
-    EXPECT_EQ(l_version.out, std::string("ordwel ") + k_version_string + "\n");
-
     expect_runs({}, {
+                        {{"--version"}, 0, std::string("ordwel ") + k_version_string + "\n", ""},
                         {{}, 2, "", "*** no command (ordwel --help tells more)\n"},
                         {{"--nope"}, 2, "", "*** no such option `nope'\n"},
                         {{"frobnicate"}, 2, "", "*** no such command `frobnicate' (ordwel --help lists them)\n"},
@@ -348,31 +343,26 @@ TEST(toolbox, url_parts_masked_and_edited)
                                          "query       q=2",
                                          "fragment    frag",
                                      }));
-    struct row {
-        std::vector<std::string> words;
-        std::string expected;
-    } const l_rows[] = {
-        {{"url", "--host", "example.org", "http://h:80/a"}, "http://example.org:80/a\n"},
-        {{"url", "--set", "host=example.org", "--set=query=x", "http://h:80/a"}, "http://example.org:80/a?x\n"},
-        {{"url", "--service", "", "--query=x=1", "http://h:80/a"}, "http://h/a?x=1\n"},
-        {{"url", "-e", "--set", "path=/a b", "http://h"}, "http://h/a%20b\n"},
-        {{"url", "--scheme", "ftp", "--fragment", "f", "http://h/"}, "ftp://h/#f\n"},
-        {{"url", "--set", "user=", "http://u@h/"}, "http://h/\n"},
-        {{"url", "--set", "password=pw", "http://u@h/"}, "http://u:%2a%2a%2a%2a%2a%2a%2a%2a@h/\n"},
-        {{"url", "--show-password", "--set", "password=pw", "http://u@h/"}, "http://u:pw@h/\n"},
-        {{"url", "--json", "--set", "port=1", "http://h/"}, ""},
-        {{"url", "--json", "--host", "x", "http://h/"}, "{\"url\": \"http://x/\"}\n"},
-        {{"url", "--json", "http://u:p\"w@h/"},
-         "{\"scheme\": \"http\", \"authority\": \"u:%2a%2a%2a%2a%2a%2a%2a%2a@h\", \"domain\": \"\", \"user\": "
-         "\"u\", \"password\": \"********\", \"host\": \"h\", \"service\": \"\", \"path\": \"/\", \"params\": "
-         "\"\", \"query\": \"\", \"fragment\": \"\"}\n"},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.expected);
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, l_row.expected.empty() ? 2 : 0);
-        EXPECT_EQ(l_run.out, l_row.expected);
-    }
+    expect_runs(
+        {"url"},
+        {
+            {{"--host", "example.org", "http://h:80/a"}, 0, "http://example.org:80/a\n", ""},
+            {{"--set", "host=example.org", "--set=query=x", "http://h:80/a"}, 0, "http://example.org:80/a?x\n", ""},
+            {{"--service", "", "--query=x=1", "http://h:80/a"}, 0, "http://h/a?x=1\n", ""},
+            {{"-e", "--set", "path=/a b", "http://h"}, 0, "http://h/a%20b\n", ""},
+            {{"--scheme", "ftp", "--fragment", "f", "http://h/"}, 0, "ftp://h/#f\n", ""},
+            {{"--set", "user=", "http://u@h/"}, 0, "http://h/\n", ""},
+            {{"--set", "password=pw", "http://u@h/"}, 0, "http://u:%2a%2a%2a%2a%2a%2a%2a%2a@h/\n", ""},
+            {{"--show-password", "--set", "password=pw", "http://u@h/"}, 0, "http://u:pw@h/\n", ""},
+            {{"--json", "--host", "x", "http://h/"}, 0, "{\"url\": \"http://x/\"}\n", ""},
+            {{"--json", "http://u:p\"w@h/"},
+             0,
+             "{\"scheme\": \"http\", \"authority\": \"u:%2a%2a%2a%2a%2a%2a%2a%2a@h\", \"domain\": \"\", \"user\": "
+             "\"u\", \"password\": \"********\", \"host\": \"h\", \"service\": \"\", \"path\": \"/\", \"params\": "
+             "\"\", \"query\": \"\", \"fragment\": \"\"}\n",
+             ""},
+        });
+    EXPECT_EQ(run_tool({"url", "--json", "--set", "port=1", "http://h/"}).status, ordwel_toolbox::k_exit_usage);
     outcome const l_masked = run_tool({"url", "-d", l_url});
     EXPECT_THAT(l_masked.out, HasSubstr("\npassword    ********\n"));
     EXPECT_THAT(l_masked.out, HasSubstr("\npath        /a/b c\n"));
