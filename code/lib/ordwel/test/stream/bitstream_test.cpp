@@ -16,26 +16,8 @@ namespace {
 
 using namespace ordwel;
 
-// A source over a string that hands out at most m_piece bytes per read.
-class source : public stream::rd {
-public:
-    explicit source(std::string a_bytes, uint64 a_piece = ~uint64(0)) : m_bytes(std::move(a_bytes)), m_piece(a_piece) {}
-
-    uint64 read(void *a_destination, uint64 a_size) override
-    {
-        ++m_reads;
-        uint64 const l_count = std::min({a_size, m_piece, uint64(m_bytes.size() - m_at)});
-        std::copy_n(m_bytes.data() + m_at, l_count, static_cast<char *>(a_destination));
-        m_at += l_count;
-        return l_count;
-    }
-    uint64 tell() override { return m_at; }
-
-    std::string m_bytes;
-    uint64 m_piece;
-    std::size_t m_at = 0;
-    int m_reads = 0;
-};
+// A source over a string; its optional pieces cap what each read hands out.
+using source = ordwel_test::scripted_rd;
 
 // A sink that keeps everything written and the size of each write.
 class sink : public stream::wr {
@@ -275,7 +257,7 @@ TEST(bitstream, skips_within_and_across_blocks)
         }
         ASSERT_EQ(l_sink.m_bytes, l_model.bytes()) << l_block;
 
-        source l_source(l_sink.m_bytes, 7);
+        source l_source(l_sink.m_bytes, {7});
         bitstream::rd l_reader(l_source, l_block);
         for (auto const &l_step : l_steps) {
             l_reader.skip(l_step.first);
@@ -452,7 +434,7 @@ TEST(bitstream_rd, find_steps_restart_at_each_word)
 // A source that gives a byte at a time still serves whole fields.
 TEST(bitstream_rd, short_reads_still_fill_a_field)
 {
-    source l_source(bytes({0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc}), 1);
+    source l_source(bytes({0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc}), {1});
     bitstream::rd l_reader(l_source, 16);
     EXPECT_EQ(l_reader.read(4), 0x1u);
     EXPECT_EQ(l_reader.read(32), 0x23456789u);
@@ -519,8 +501,8 @@ TEST(bitstream, set_and_clear_change_stream_and_block)
     EXPECT_EQ(l_reader.read(8), 1u);
     l_reader.clear(l_other);
     EXPECT_EQ(l_reader.read(8), 9u) << "what was buffered from the first source is dropped";
-    l_source.m_at = 1;
-    l_reader.set(l_source, 64);
+    source l_rest(bytes({2, 3}));
+    l_reader.set(l_rest, 64);
     EXPECT_EQ(l_reader.read(16), 0x0203u);
 }
 
