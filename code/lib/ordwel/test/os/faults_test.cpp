@@ -15,9 +15,7 @@
 
 #if defined(__linux__)
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 #include <thread>
 
 #include <atomic>
