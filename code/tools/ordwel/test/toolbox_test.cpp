@@ -79,7 +79,8 @@ template <class F> outcome captured(F a_run)
     return {l_status, l_out, testing::internal::GetCapturedStderr()};
 }
 
-outcome run_tool(std::vector<std::string> a_words)
+// Runs the tool on "ordwel" and a_words (which it may point into) with what main would get.
+int run_words(std::vector<std::string> &a_words)
 {
     a_words.insert(a_words.begin(), "ordwel");
     std::vector<char *> l_argv;
@@ -87,25 +88,46 @@ outcome run_tool(std::vector<std::string> a_words)
         l_argv.push_back(&l_word[0]);
     }
     l_argv.push_back(nullptr);
-    return captured([&] { return ordwel_toolbox::run_tool(static_cast<unsigned int>(a_words.size()), l_argv.data()); });
+    return ordwel_toolbox::run_tool(static_cast<unsigned int>(a_words.size()), l_argv.data());
+}
+
+outcome run_tool(std::vector<std::string> a_words)
+{
+    return captured([&] { return run_words(a_words); });
+}
+
+// What a run of the tool gives: its exit status, standard output and standard error.
+struct expected_run {
+    std::vector<std::string> words;
+    int status;
+    std::string out;
+    std::string err;
+};
+
+// Runs the tool on a_first and each row's words, and compares all it gives with the row.
+void expect_runs(std::vector<std::string> const &a_first, std::vector<expected_run> const &a_rows)
+{
+    for (expected_run const &l_row : a_rows) {
+        SCOPED_TRACE(l_row.out + l_row.err);
+        std::vector<std::string> l_words = a_first;
+        l_words.insert(l_words.end(), l_row.words.begin(), l_row.words.end());
+        outcome const l_run = run_tool(l_words);
+        EXPECT_EQ(l_run.status, l_row.status);
+        EXPECT_EQ(l_run.out, l_row.out);
+        EXPECT_EQ(l_run.err, l_row.err);
+    }
 }
 
 // The tool's standard output written to a file, binary: a capture through text mode would change
 // the bytes on Windows.
 int run_tool_to_file(std::vector<std::string> a_words, std::string const &a_path)
 {
-    a_words.insert(a_words.begin(), "ordwel");
-    std::vector<char *> l_argv;
-    for (std::string &l_word : a_words) {
-        l_argv.push_back(&l_word[0]);
-    }
-    l_argv.push_back(nullptr);
     std::fflush(stdout);
     int const l_saved = dup(1);
     int const l_file = open(a_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | k_binary, 0644);
     dup2(l_file, 1);
     close(l_file);
-    int const l_status = ordwel_toolbox::run_tool(static_cast<unsigned int>(a_words.size()), l_argv.data());
+    int const l_status = run_words(a_words);
     std::fflush(stdout);
     dup2(l_saved, 1);
     close(l_saved);
@@ -194,7 +216,6 @@ TEST(toolbox_selftest, built_in_cases_pass_and_selection_narrows)
         SCOPED_TRACE(l_row.selector);
         outcome const l_run = run_tool({"selftest", l_row.selector});
         EXPECT_EQ(l_run.status, ordwel_toolbox::k_exit_ok);
-        ASSERT_FALSE(lines_of(l_run.out).empty());
         // The units' own output stays out of the report.
         ASSERT_EQ(lines_of(l_run.out).size(), 2u);
         EXPECT_EQ(lines_of(l_run.out).back(), l_row.summary);
@@ -204,52 +225,29 @@ TEST(toolbox_selftest, built_in_cases_pass_and_selection_narrows)
 
 TEST(toolbox_selftest, listing_and_selection_errors)
 {
-    outcome const l_list = run_tool({"selftest", "--list", "ordwel/object"});
-    EXPECT_EQ(l_list.status, ordwel_toolbox::k_exit_ok);
-    EXPECT_EQ(l_list.out, "ordwel/object/default creation\nordwel/object/copy creation\n");
-
-    struct row {
-        std::vector<std::string> words;
-        std::string error;
-    } const l_rows[] = {
-        {{"selftest", "nosuch"}, "*** no such test suite or unit `nosuch'\n"},
-        {{"selftest", "nosuch/x"}, "*** no such test suite `nosuch'\n"},
-        {{"selftest", "ordwel/nosuch"}, "*** no such test unit `ordwel/nosuch'\n"},
-        {{"selftest", "ordwel/object/nosuch"}, "*** no such test case `ordwel/object/nosuch'\n"},
-        {{"selftest", "a", "b"}, "*** selftest takes at most one selection (ordwel --help tells more)\n"},
-        {{"selftest", "-x"}, "*** no such option `x'\n"},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.error);
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, ordwel_toolbox::k_exit_usage);
-        EXPECT_EQ(l_run.err, l_row.error);
-        EXPECT_EQ(l_run.out, "");
-    }
+    expect_runs(
+        {"selftest"},
+        {
+            {{"--list", "ordwel/object"}, 0, "ordwel/object/default creation\nordwel/object/copy creation\n", ""},
+            {{"nosuch"}, 2, "", "*** no such test suite or unit `nosuch'\n"},
+            {{"nosuch/x"}, 2, "", "*** no such test suite `nosuch'\n"},
+            {{"ordwel/nosuch"}, 2, "", "*** no such test unit `ordwel/nosuch'\n"},
+            {{"ordwel/object/nosuch"}, 2, "", "*** no such test case `ordwel/object/nosuch'\n"},
+            {{"a", "b"}, 2, "", "*** selftest takes at most one selection (ordwel --help tells more)\n"},
+            {{"-x"}, 2, "", "*** no such option `x'\n"},
+        });
 }
 
 TEST(toolbox, top_level_options_and_commands)
 {
-    outcome const l_version = run_tool({"--version"});
-    EXPECT_EQ(l_version.status, 0);
-    EXPECT_EQ(l_version.out, std::string("ordwel ") + k_version_string + "\n");
-
-    struct row {
-        std::vector<std::string> words;
-        std::string error;
-    } const l_rows[] = {
-        {{}, "*** no command (ordwel --help tells more)\n"},
-        {{"--nope"}, "*** no such option `nope'\n"},
-        {{"frobnicate"}, "*** no such command `frobnicate' (ordwel --help lists them)\n"},
-        {{"--", "frobnicate"}, "*** no such command `frobnicate' (ordwel --help lists them)\n"},
-        {{"hexdump"}, "*** hexdump takes one file (ordwel --help tells more)\n"},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.error);
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, ordwel_toolbox::k_exit_usage);
-        EXPECT_EQ(l_run.err, l_row.error);
-    }
+    expect_runs({}, {
+                        {{"--version"}, 0, std::string("ordwel ") + k_version_string + "\n", ""},
+                        {{}, 2, "", "*** no command (ordwel --help tells more)\n"},
+                        {{"--nope"}, 2, "", "*** no such option `nope'\n"},
+                        {{"frobnicate"}, 2, "", "*** no such command `frobnicate' (ordwel --help lists them)\n"},
+                        {{"--", "frobnicate"}, 2, "", "*** no such command `frobnicate' (ordwel --help lists them)\n"},
+                        {{"hexdump"}, 2, "", "*** hexdump takes one file (ordwel --help tells more)\n"},
+                    });
 }
 
 TEST(toolbox, help_in_text_and_html)
@@ -292,46 +290,30 @@ TEST(toolbox, help_in_text_and_html)
 TEST(toolbox, hexdump_streams_a_range_of_a_file)
 {
     std::string const l_path = temp_file("hexdump.bin", "0123456789abcdef\x7fxyz");
-    struct row {
-        std::vector<std::string> words;
-        std::vector<std::string> lines;
-    } const l_rows[] = {
-        {{"hexdump", l_path},
-         {"00000000  30 31 32 33 34 35 36 37  38 39 61 62 63 64 65 66  |0123456789abcdef|",
-          "00000010  7f 78 79 7a                                       |.xyz            |",
-          "00000014                                                    |                |"}},
-        {{"hexdump", "-s", "0x3", "--length", "14", l_path},
-         {"00000003  33 34 35 36 37 38 39 61  62 63 64 65 66 7f        |3456789abcdef.  |",
-          "00000011                                                    |                |"}},
-        {{"hexdump", "-s", "100", l_path}, {}},
-        {{"hexdump", "-n", "0", l_path}, {}},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.words.size());
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, 0);
-        EXPECT_EQ(lines_of(l_run.out), l_row.lines);
-        EXPECT_EQ(l_run.err, "");
-    }
+    expect_runs({"hexdump"}, {
+                                 {{l_path},
+                                  0,
+                                  "00000000  30 31 32 33 34 35 36 37  38 39 61 62 63 64 65 66  |0123456789abcdef|\n"
+                                  "00000010  7f 78 79 7a                                       |.xyz            |\n"
+                                  "00000014                                                    |                |\n",
+                                  ""},
+                                 {{"-s", "0x3", "--length", "14", l_path},
+                                  0,
+                                  "00000003  33 34 35 36 37 38 39 61  62 63 64 65 66 7f        |3456789abcdef.  |\n"
+                                  "00000011                                                    |                |\n",
+                                  ""},
+                                 {{"-s", "100", l_path}, 0, "", ""},
+                                 {{"-n", "0", l_path}, 0, "", ""},
+                             });
     std::remove(l_path.c_str());
 
-    struct error_row {
-        std::vector<std::string> words;
-        int status;
-        std::string error;
-    } const l_errors[] = {
-        {{"hexdump", l_path}, 1, "*** cannot open file `" + l_path + "': No such file or directory\n"},
-        {{"hexdump"}, 2, "*** hexdump takes one file (ordwel --help tells more)\n"},
-        {{"hexdump", "-s", "-4", l_path}, 2, "*** not an offset `-4'\n"},
-        {{"hexdump", "-n", "0x", l_path}, 2, "*** not a length `0x'\n"},
-    };
-    for (error_row const &l_row : l_errors) {
-        SCOPED_TRACE(l_row.error);
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, l_row.status);
-        EXPECT_EQ(l_run.err, l_row.error);
-        EXPECT_EQ(l_run.out, "");
-    }
+    expect_runs({"hexdump"},
+                {
+                    {{l_path}, 1, "", "*** cannot open file `" + l_path + "': No such file or directory\n"},
+                    {{}, 2, "", "*** hexdump takes one file (ordwel --help tells more)\n"},
+                    {{"-s", "-4", l_path}, 2, "", "*** not an offset `-4'\n"},
+                    {{"-n", "0x", l_path}, 2, "", "*** not a length `0x'\n"},
+                });
     // A directory opens on some systems and fails at the first read: either way one "*** " line.
     std::string const l_directory = testing::TempDir();
     outcome const l_dir = run_tool({"hexdump", l_directory});
@@ -360,31 +342,26 @@ TEST(toolbox, url_parts_masked_and_edited)
                                          "query       q=2",
                                          "fragment    frag",
                                      }));
-    struct row {
-        std::vector<std::string> words;
-        std::string expected;
-    } const l_rows[] = {
-        {{"url", "--host", "example.org", "http://h:80/a"}, "http://example.org:80/a\n"},
-        {{"url", "--set", "host=example.org", "--set=query=x", "http://h:80/a"}, "http://example.org:80/a?x\n"},
-        {{"url", "--service", "", "--query=x=1", "http://h:80/a"}, "http://h/a?x=1\n"},
-        {{"url", "-e", "--set", "path=/a b", "http://h"}, "http://h/a%20b\n"},
-        {{"url", "--scheme", "ftp", "--fragment", "f", "http://h/"}, "ftp://h/#f\n"},
-        {{"url", "--set", "user=", "http://u@h/"}, "http://h/\n"},
-        {{"url", "--set", "password=pw", "http://u@h/"}, "http://u:%2a%2a%2a%2a%2a%2a%2a%2a@h/\n"},
-        {{"url", "--show-password", "--set", "password=pw", "http://u@h/"}, "http://u:pw@h/\n"},
-        {{"url", "--json", "--set", "port=1", "http://h/"}, ""},
-        {{"url", "--json", "--host", "x", "http://h/"}, "{\"url\": \"http://x/\"}\n"},
-        {{"url", "--json", "http://u:p\"w@h/"},
-         "{\"scheme\": \"http\", \"authority\": \"u:%2a%2a%2a%2a%2a%2a%2a%2a@h\", \"domain\": \"\", \"user\": "
-         "\"u\", \"password\": \"********\", \"host\": \"h\", \"service\": \"\", \"path\": \"/\", \"params\": "
-         "\"\", \"query\": \"\", \"fragment\": \"\"}\n"},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.expected);
-        outcome const l_run = run_tool(l_row.words);
-        EXPECT_EQ(l_run.status, l_row.expected.empty() ? 2 : 0);
-        EXPECT_EQ(l_run.out, l_row.expected);
-    }
+    expect_runs(
+        {"url"},
+        {
+            {{"--host", "example.org", "http://h:80/a"}, 0, "http://example.org:80/a\n", ""},
+            {{"--set", "host=example.org", "--set=query=x", "http://h:80/a"}, 0, "http://example.org:80/a?x\n", ""},
+            {{"--service", "", "--query=x=1", "http://h:80/a"}, 0, "http://h/a?x=1\n", ""},
+            {{"-e", "--set", "path=/a b", "http://h"}, 0, "http://h/a%20b\n", ""},
+            {{"--scheme", "ftp", "--fragment", "f", "http://h/"}, 0, "ftp://h/#f\n", ""},
+            {{"--set", "user=", "http://u@h/"}, 0, "http://h/\n", ""},
+            {{"--set", "password=pw", "http://u@h/"}, 0, "http://u:%2a%2a%2a%2a%2a%2a%2a%2a@h/\n", ""},
+            {{"--show-password", "--set", "password=pw", "http://u@h/"}, 0, "http://u:pw@h/\n", ""},
+            {{"--json", "--host", "x", "http://h/"}, 0, "{\"url\": \"http://x/\"}\n", ""},
+            {{"--json", "http://u:p\"w@h/"},
+             0,
+             "{\"scheme\": \"http\", \"authority\": \"u:%2a%2a%2a%2a%2a%2a%2a%2a@h\", \"domain\": \"\", \"user\": "
+             "\"u\", \"password\": \"********\", \"host\": \"h\", \"service\": \"\", \"path\": \"/\", \"params\": "
+             "\"\", \"query\": \"\", \"fragment\": \"\"}\n",
+             ""},
+        });
+    EXPECT_EQ(run_tool({"url", "--json", "--set", "port=1", "http://h/"}).status, ordwel_toolbox::k_exit_usage);
     outcome const l_masked = run_tool({"url", "-d", l_url});
     EXPECT_THAT(l_masked.out, HasSubstr("\npassword    ********\n"));
     EXPECT_THAT(l_masked.out, HasSubstr("\npath        /a/b c\n"));
@@ -397,104 +374,100 @@ TEST(toolbox, url_parts_masked_and_edited)
 
 TEST(toolbox, path_normalized_and_taken_apart)
 {
-    outcome const l_run = run_tool({"path", "/a/b/../c//file.tar.gz"});
-    EXPECT_EQ(l_run.status, 0);
-    EXPECT_EQ(lines_of(l_run.out), (std::vector<std::string>{
-                                       "normalized  /a/c/file.tar.gz",
-                                       "directory   /a/b/../c//",
-                                       "file        file.tar.gz",
-                                       "name        file.tar",
-                                       "suffix      gz",
-                                   }));
-    EXPECT_EQ(run_tool({"path", "--json", "-s", "\\", "C:\\x\\.\\y.txt"}).out,
-              "{\"normalized\": \"C:\\\\x\\\\y.txt\", \"directory\": \"C:\\\\x\\\\.\\\\\", \"file\": \"y.txt\", "
-              "\"name\": \"y\", \"suffix\": \"txt\"}\n");
-    EXPECT_EQ(run_tool({"path", "-s", "ab", "x"}).err,
-              "*** the separator is one character (ordwel --help tells more)\n");
+    expect_runs(
+        {"path"},
+        {
+            {{"/a/b/../c//file.tar.gz"},
+             0,
+             "normalized  /a/c/file.tar.gz\ndirectory   /a/b/../c//\nfile        file.tar.gz\nname        file.tar\n"
+             "suffix      gz\n",
+             ""},
+            {{"--json", "-s", "\\", "C:\\x\\.\\y.txt"},
+             0,
+             "{\"normalized\": \"C:\\\\x\\\\y.txt\", \"directory\": \"C:\\\\x\\\\.\\\\\", \"file\": \"y.txt\", "
+             "\"name\": \"y\", \"suffix\": \"txt\"}\n",
+             ""},
+            {{"-s", "ab", "x"}, 2, "", "*** the separator is one character (ordwel --help tells more)\n"},
+        });
 }
 
 TEST(toolbox, timecode_reading_converting_and_stepping)
 {
-    struct row {
-        std::vector<std::string> words;
-        std::string expected;
-    } const l_rows[] = {
-        {{"01:02:03:04@25"}, "01:02:03:04@25\n"},
-        {{"00:00:59;29@29.97", "--add", "1", "-t"}, "00:01:00;02@29.97\n1800\n"},
-        {{"00:09:59;29@30000/1001", "-a", "1"}, "00:10:00;00@29.97\n"},
-        {{"01:00:00:00@25", "--relabel", "30", "--total"}, "01:00:00:00@30\n108000\n"},
-        {{"01:00:00:00@25", "--add", "-1"}, "00:59:59:24@25\n"},
-        {{"01:00:00:00@25", "-a", "5", "-m", "50"}, "01:00:00:10@50\n"},
-        {{"01:00:00:00@25", "-r", "29.97"}, "01:00:00;00@29.97\n"},
-        {{"00:01:00:00@30", "-r", "59.94"}, "00:01:00;04@59.94\n"},
-        {{"01:00:00;00@29.97", "-t", "--tmcd"}, "01:00:00;00@29.97\n107892\n0x01000080\n"},
-        // Converting keeps the real time, to the nearest frame, and comes back to where it started.
-        {{"01:00:00:00@25", "--convert", "29.97"}, "01:00:00;00@29.97\n"},
-        {{"01:00:00;00@29.97", "--convert", "25"}, "01:00:00:00@25\n"},
-        {{"01:00:00:00@25", "-c", "59.94", "-c", "25"}, "01:00:00:00@25\n"},
-        {{"01:00:00:00@24", "-c", "24000/1001"}, "00:59:56;10@23.976\n"},
-        {{"00:00:10:00@60", "-c", "60000/1001", "-t"}, "00:00:09;59@59.94\n599\n"},
-        {{"--frames", "1800@29.97"}, "00:01:00;02@29.97\n"},
-        {{"--frames", "0x10@25", "--json"},
-         "{\"timecode\": \"00:00:00:16\", \"rate\": \"25\", \"frames\": 16, \"seconds\": 0.640000, \"tmcd\": "
-         "\"0x00000010\"}\n"},
-        {{"--lenient", "25:61:61:99@25"}, "26:02:04:24@25\n"},
-        {{"00:00:10:00@25", "00:00:09:20@25"}, "-5 frames, -0.200000 s\n"},
-        {{"--json", "00:00:00;00@29.97", "00:10:00;00@29.97"}, "{\"frames\": 17982, \"seconds\": 599.999400}\n"},
-    };
-    for (row const &l_row : l_rows) {
-        SCOPED_TRACE(l_row.expected);
-        std::vector<std::string> l_words = l_row.words;
-        l_words.insert(l_words.begin(), "timecode");
-        outcome const l_run = run_tool(l_words);
-        EXPECT_EQ(l_run.status, 0);
-        EXPECT_EQ(l_run.out, l_row.expected);
-        EXPECT_EQ(l_run.err, "");
-    }
+    expect_runs(
+        {"timecode"},
+        {
+            {{"01:02:03:04@25"}, 0, "01:02:03:04@25\n", ""},
+            {{"00:00:59;29@29.97", "--add", "1", "-t"}, 0, "00:01:00;02@29.97\n1800\n", ""},
+            {{"00:09:59;29@30000/1001", "-a", "1"}, 0, "00:10:00;00@29.97\n", ""},
+            {{"01:00:00:00@25", "--relabel", "30", "--total"}, 0, "01:00:00:00@30\n108000\n", ""},
+            {{"01:00:00:00@25", "--add", "-1"}, 0, "00:59:59:24@25\n", ""},
+            {{"01:00:00:00@25", "-a", "5", "-m", "50"}, 0, "01:00:00:10@50\n", ""},
+            {{"01:00:00:00@25", "-r", "29.97"}, 0, "01:00:00;00@29.97\n", ""},
+            {{"00:01:00:00@30", "-r", "59.94"}, 0, "00:01:00;04@59.94\n", ""},
+            {{"01:00:00;00@29.97", "-t", "--tmcd"}, 0, "01:00:00;00@29.97\n107892\n0x01000080\n", ""},
+            // Converting keeps the real time, to the nearest frame, and comes back to where it started.
+            {{"01:00:00:00@25", "--convert", "29.97"}, 0, "01:00:00;00@29.97\n", ""},
+            {{"01:00:00;00@29.97", "--convert", "25"}, 0, "01:00:00:00@25\n", ""},
+            {{"01:00:00:00@25", "-c", "59.94", "-c", "25"}, 0, "01:00:00:00@25\n", ""},
+            {{"01:00:00:00@24", "-c", "24000/1001"}, 0, "00:59:56;10@23.976\n", ""},
+            {{"00:00:10:00@60", "-c", "60000/1001", "-t"}, 0, "00:00:09;59@59.94\n599\n", ""},
+            {{"--frames", "1800@29.97"}, 0, "00:01:00;02@29.97\n", ""},
+            {{"--frames", "0x10@25", "--json"},
+             0,
+             "{\"timecode\": \"00:00:00:16\", \"rate\": \"25\", \"frames\": 16, \"seconds\": 0.640000, \"tmcd\": "
+             "\"0x00000010\"}\n",
+             ""},
+            {{"--lenient", "25:61:61:99@25"}, 0, "26:02:04:24@25\n", ""},
+            {{"00:00:10:00@25", "00:00:09:20@25"}, 0, "-5 frames, -0.200000 s\n", ""},
+            {{"--json", "00:00:00;00@29.97", "00:10:00;00@29.97"},
+             0,
+             "{\"frames\": 17982, \"seconds\": 599.999400}\n",
+             ""},
+        });
 
-    struct error_row {
-        std::vector<std::string> words;
-        int status;
-        std::string error;
-    } const l_errors[] = {
-        {{"01:02"}, 2, "*** timecode `01:02' has no frame rate (hh:mm:ss:ff@rate)\n"},
-        {{"01:02@25"}, 2, "*** invalid timecode `01:02@25' (hh:mm:ss:ff@rate)\n"},
-        {{"01:02:03:x4@25"}, 2, "*** invalid timecode `01:02:03:x4@25' (hh:mm:ss:ff@rate)\n"},
-        {{"01:02:03:04@31"}, 2, "*** no such frame rate `31' (23.976, 24, 25, 29.97, 30, 50, 59.94, 60)\n"},
-        {{"25:61:61:99@25"}, 2, "*** timecode `25:61:61:99@25': the hour 25 is beyond 23; --lenient reads it anyway\n"},
-        {{"00:60:00:00@25"},
-         2,
-         "*** timecode `00:60:00:00@25': the minute 60 is beyond 59; --lenient reads it anyway\n"},
-        {{"00:00:60:00@25"},
-         2,
-         "*** timecode `00:00:60:00@25': the second 60 is beyond 59; --lenient reads it anyway\n"},
-        {{"00:00:00:25@25"},
-         2,
-         "*** timecode `00:00:00:25@25': the frame 25 is beyond 24 at 25; --lenient reads it anyway\n"},
-        {{"00:01:00;01@29.97"},
-         2,
-         "*** timecode `00:01:00;01@29.97': drop-frame skips frames 0 to 1 of this minute at 29.97; --lenient reads "
-         "it anyway\n"},
-        {{"00:00:00:00@25", "-a", "-1"}, 1, "*** stepping -1 frames goes before 00:00:00:00\n"},
-        {{"00:00:00:00@25", "-a", "x"}, 2, "*** not a number of frames `x'\n"},
-        {{"00:00:00:00@25", "-a", "99999999999"}, 2, "*** not a number of frames `99999999999'\n"},
-        {{"00:00:01:00@25", "-a", "4294967295"}, 1, "*** stepping 4294967295 frames goes beyond the last timecode\n"},
-        {{"--frames", "4294967295@24", "-c", "60"}, 1, "*** at 60 the timecode is beyond the last one\n"},
-        {{"--frames", "1:00@25"}, 2, "*** not a count of frames `1:00'\n"},
-        {{"00:00:00:00@25", "00:00:00:00@50"},
-         2,
-         "*** the difference needs two timecodes at one rate (--convert one of them first) (ordwel --help tells "
-         "more)\n"},
-    };
-    for (error_row const &l_row : l_errors) {
-        SCOPED_TRACE(l_row.error);
-        std::vector<std::string> l_words = l_row.words;
-        l_words.insert(l_words.begin(), "timecode");
-        outcome const l_run = run_tool(l_words);
-        EXPECT_EQ(l_run.status, l_row.status);
-        EXPECT_EQ(l_run.err, l_row.error);
-        EXPECT_EQ(l_run.out, "");
-    }
+    expect_runs(
+        {"timecode"},
+        {
+            {{"01:02"}, 2, "", "*** timecode `01:02' has no frame rate (hh:mm:ss:ff@rate)\n"},
+            {{"01:02@25"}, 2, "", "*** invalid timecode `01:02@25' (hh:mm:ss:ff@rate)\n"},
+            {{"01:02:03:x4@25"}, 2, "", "*** invalid timecode `01:02:03:x4@25' (hh:mm:ss:ff@rate)\n"},
+            {{"01:02:03:04@31"}, 2, "", "*** no such frame rate `31' (23.976, 24, 25, 29.97, 30, 50, 59.94, 60)\n"},
+            {{"25:61:61:99@25"},
+             2,
+             "",
+             "*** timecode `25:61:61:99@25': the hour 25 is beyond 23; --lenient reads it anyway\n"},
+            {{"00:60:00:00@25"},
+             2,
+             "",
+             "*** timecode `00:60:00:00@25': the minute 60 is beyond 59; --lenient reads it anyway\n"},
+            {{"00:00:60:00@25"},
+             2,
+             "",
+             "*** timecode `00:00:60:00@25': the second 60 is beyond 59; --lenient reads it anyway\n"},
+            {{"00:00:00:25@25"},
+             2,
+             "",
+             "*** timecode `00:00:00:25@25': the frame 25 is beyond 24 at 25; --lenient reads it anyway\n"},
+            {{"00:01:00;01@29.97"},
+             2,
+             "",
+             "*** timecode `00:01:00;01@29.97': drop-frame skips frames 0 to 1 of this minute at 29.97; --lenient "
+             "reads it anyway\n"},
+            {{"00:00:00:00@25", "-a", "-1"}, 1, "", "*** stepping -1 frames goes before 00:00:00:00\n"},
+            {{"00:00:00:00@25", "-a", "x"}, 2, "", "*** not a number of frames `x'\n"},
+            {{"00:00:00:00@25", "-a", "99999999999"}, 2, "", "*** not a number of frames `99999999999'\n"},
+            {{"00:00:01:00@25", "-a", "4294967295"},
+             1,
+             "",
+             "*** stepping 4294967295 frames goes beyond the last timecode\n"},
+            {{"--frames", "4294967295@24", "-c", "60"}, 1, "", "*** at 60 the timecode is beyond the last one\n"},
+            {{"--frames", "1:00@25"}, 2, "", "*** not a count of frames `1:00'\n"},
+            {{"00:00:00:00@25", "00:00:00:00@50"},
+             2,
+             "",
+             "*** the difference needs two timecodes at one rate (--convert one of them first) (ordwel --help tells "
+             "more)\n"},
+        });
 }
 
 TEST(toolbox, base64_and_hex_stream_and_come_back)

@@ -11,14 +11,11 @@
 #include <ordwel/buffer.h>
 #include <ordwel/es.h>
 
-#include "support/process_recorder.h"
 #include "support/test_support.h"
 
 #if defined(__linux__)
 #include <chrono>
-#include <condition_variable>
 #include <cstdlib>
-#include <mutex>
 #include <thread>
 
 #include <atomic>
@@ -37,6 +34,8 @@
 #include <unistd.h>
 
 #include <ordwel/process.h>
+
+#include "support/process_recorder.h"
 #endif
 
 namespace {
@@ -143,19 +142,6 @@ int live_children()
     return l_count;
 }
 
-// Waits up to a_limit for a_done to hold; whether it did.
-bool eventually(std::function<bool()> const &a_done, std::chrono::seconds a_limit)
-{
-    auto const l_end = std::chrono::steady_clock::now() + a_limit;
-    while (!a_done()) {
-        if (std::chrono::steady_clock::now() > l_end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return true;
-}
-
 // Counts the calls of a status object and those that come too late: any call that starts, or is
 // still running, once the owner has closed it (after terminate(true) or the destructor).
 class watched_status : public process::status {
@@ -200,16 +186,6 @@ private:
         }
     }
 };
-
-// 1 MiB with no repeat at a power of two, so that a lost or doubled piece shows.
-std::string large_input()
-{
-    std::string l_input(std::size_t(1) << 20, '\0');
-    for (std::size_t l_index = 0; l_index < l_input.size(); ++l_index) {
-        l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
-    }
-    return l_input;
-}
 
 #endif
 
@@ -272,10 +248,10 @@ TEST(faults, megabyte_of_standard_input_round_trips_through_cat)
     }
     guarded_end const l_end = run_guarded(
         [] {
-            std::string const l_input = large_input();
+            std::string const l_input = ordwel_test::large_input();
             ordwel_test::recorder l_collector;
             process l_cat("cat", "/bin/cat", {}, {}, "", l_input, process_capture, &l_collector);
-            if (!l_collector.wait_finished(std::chrono::seconds(20))) {
+            if (!l_collector.wait_finished()) {
                 return k_did_not_finish;
             }
             return l_collector.output() == l_input && l_cat.get_status() == 0 ? 0 : 1;
@@ -310,7 +286,7 @@ TEST(faults, writing_past_a_full_disk_raises)
             }
             int l_code = k_raised_other;
             try {
-                fileutil::set_file_content(l_mount + "/big", large_input());
+                fileutil::set_file_content(l_mount + "/big", ordwel_test::large_input());
                 l_code = 1;
             } catch (es::file const &) {
                 l_code = 0;
@@ -377,10 +353,9 @@ TEST(faults, no_report_reaches_a_status_object_after_cancel_or_destruction)
         l_ready = true;
         ASSERT_GT(l_pid, 0);
         if (l_row.on_monitor) {
-            ASSERT_TRUE(eventually([&] { return l_status.m_closed.load(); }, std::chrono::seconds(20)));
+            ASSERT_TRUE(ordwel_test::eventually([&] { return l_status.m_closed.load(); }));
         } else {
-            ASSERT_TRUE(eventually([&] { return l_status.m_calls > watched_status::k_trigger_call; },
-                                   std::chrono::seconds(20)));
+            ASSERT_TRUE(ordwel_test::eventually([&] { return l_status.m_calls > watched_status::k_trigger_call; }));
             l_step();
             l_status.m_closed = true;
         }
@@ -475,9 +450,8 @@ TEST(faults, repeated_starts_and_failures_leave_no_child_and_no_descriptor)
                     } catch (es::call const &) {
                     }
                 }
-                bool const l_clean =
-                    eventually([] { return live_children() == 0; }, std::chrono::seconds(20)) &&
-                    eventually([&] { return open_descriptors() == l_before; }, std::chrono::seconds(5));
+                bool const l_clean = ordwel_test::eventually([] { return live_children() == 0; }) &&
+                                     ordwel_test::eventually([&] { return open_descriptors() == l_before; });
                 return l_clean ? 0 : 1;
             },
             std::chrono::seconds(60));

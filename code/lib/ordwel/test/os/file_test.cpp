@@ -24,6 +24,8 @@ namespace {
 
 using namespace ordwel;
 using ordwel_test::buffer_of;
+using ordwel_test::raised_at;
+using ordwel_test::raised_text;
 using ordwel_test::temp_dir;
 using ordwel_test::text_of;
 
@@ -101,47 +103,25 @@ TEST(fileutil, failures_name_the_path)
     std::string l_text;
     buffer l_bytes;
 
-    EXPECT_THROW(
-        {
-            try {
-                fileutil::get_file_content("", l_text);
-            } catch (es::arg const &l_error) {
-                EXPECT_STREQ(l_error.what(), "failed to open file ''");
-                throw;
-            }
-        },
-        es::arg);
+    EXPECT_EQ(raised_text<es::arg>([&] { fileutil::get_file_content("", l_text); }), "failed to open file ''");
     EXPECT_THROW(fileutil::get_file_content("", l_bytes), es::arg);
     EXPECT_THROW(fileutil::get_file_bytes("", 4, l_bytes), es::arg);
-    EXPECT_THROW(
-        {
-            try {
-                fileutil::set_file_content("", std::string("x"));
-            } catch (es::arg const &l_error) {
-                EXPECT_STREQ(l_error.what(), "failed to open/create file ''");
-                throw;
-            }
-        },
-        es::arg);
+    EXPECT_EQ(raised_text<es::arg>([] { fileutil::set_file_content("", std::string("x")); }),
+              "failed to open/create file ''");
     EXPECT_THROW(fileutil::set_file_content("", buffer_of("x")), es::arg);
 
     // A path that exists nowhere fails in the open of file, with the platform's reason.
+    EXPECT_EQ(raised_at<es::file>([&] { fileutil::get_file_content(l_missing, l_text); }),
+              "Failed to open file " + l_missing + " (" + k_missing_reason + ") @ file.cpp");
     try {
         fileutil::get_file_content(l_missing, l_text);
-        ADD_FAILURE() << "no exception";
     } catch (es::file const &l_error) {
-        EXPECT_EQ(std::string(l_error.what()), "Failed to open file " + l_missing + " (" + k_missing_reason + ")");
         EXPECT_EQ(l_error.get_subject_file(), l_missing);
-        EXPECT_STREQ(static_cast<es::base const &>(l_error).file(), "file.cpp");
     }
     EXPECT_THROW(fileutil::set_file_content(l_dir.file("no/such/dir.txt"), std::string("x")), es::file);
 
-    try {
-        fileutil::remove_file(l_missing);
-        ADD_FAILURE() << "no exception";
-    } catch (es::arg const &l_error) {
-        EXPECT_EQ(std::string(l_error.what()), "failed to remove file '" + l_missing + "' (No such file or directory)");
-    }
+    EXPECT_EQ(raised_text<es::arg>([&] { fileutil::remove_file(l_missing); }),
+              "failed to remove file '" + l_missing + "' (No such file or directory)");
     fileutil::set_file_content(l_missing, std::string("now here"));
     EXPECT_TRUE(exists(l_missing));
     fileutil::remove_file(l_missing);
@@ -216,12 +196,7 @@ TEST(file, seek_tell_and_size)
     EXPECT_EQ(l_byte, '9');
 
     for (int l_whence : {3, -1, 100}) {
-        try {
-            l_file.seek(0, l_whence);
-            ADD_FAILURE() << "whence " << l_whence << " was taken";
-        } catch (es::arg const &l_error) {
-            EXPECT_STREQ(l_error.what(), "Invalid whence in seek()");
-        }
+        EXPECT_EQ(raised_text<es::arg>([&] { l_file.seek(0, l_whence); }), "Invalid whence in seek()") << l_whence;
     }
     EXPECT_EQ(l_file.tell(), 10u) << "a bad whence leaves the position alone";
     EXPECT_THROW(l_file.seek(static_cast<uint64>(-11), 2), es::file) << "before the start";

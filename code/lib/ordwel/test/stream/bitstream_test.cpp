@@ -16,42 +16,11 @@ namespace {
 
 using namespace ordwel;
 
-// A source over a string that hands out at most m_piece bytes per read.
-class source : public stream::rd {
-public:
-    explicit source(std::string a_bytes, uint64 a_piece = ~uint64(0)) : m_bytes(std::move(a_bytes)), m_piece(a_piece) {}
+// A source over a string; its optional pieces cap what each read hands out.
+using source = ordwel_test::scripted_rd;
 
-    uint64 read(void *a_destination, uint64 a_size) override
-    {
-        ++m_reads;
-        uint64 const l_count = std::min({a_size, m_piece, uint64(m_bytes.size() - m_at)});
-        std::copy_n(m_bytes.data() + m_at, l_count, static_cast<char *>(a_destination));
-        m_at += l_count;
-        return l_count;
-    }
-    uint64 tell() override { return m_at; }
-
-    std::string m_bytes;
-    uint64 m_piece;
-    std::size_t m_at = 0;
-    int m_reads = 0;
-};
-
-// A sink that keeps everything written and the size of each write.
-class sink : public stream::wr {
-public:
-    void write(void const *a_source, uint64 a_size) override
-    {
-        m_bytes.append(static_cast<char const *>(a_source), a_size);
-        m_writes.push_back(a_size);
-    }
-    void flush() override { ++m_flushes; }
-    uint64 tell() override { return m_bytes.size(); }
-
-    std::string m_bytes;
-    std::vector<uint64> m_writes;
-    int m_flushes = 0;
-};
+// A sink that keeps everything written and each write.
+using sink = ordwel_test::recording_wr;
 
 std::string bytes(std::vector<unsigned> const &a_values)
 {
@@ -121,15 +90,15 @@ TEST(bitstream_wr, fields_make_bytes_most_significant_bit_first)
                 l_writer.write(l_field.first, l_field.second);
             }
         }
-        EXPECT_EQ(l_sink.m_bytes, bytes(l_row.expected)) << l_row.name;
-        EXPECT_EQ(l_sink.m_flushes, 0) << "the cursor never calls flush";
+        EXPECT_EQ(l_sink.all(), bytes(l_row.expected)) << l_row.name;
+        EXPECT_EQ(l_sink.flushes(), 0) << "the cursor never calls flush";
     }
 }
 
 TEST(bitstream_wr, tell_counts_a_begun_byte)
 {
     sink l_sink;
-    l_sink.m_bytes = "xyz";
+    l_sink.write("xyz", 3);
     bitstream::wr l_writer(l_sink, 16);
     EXPECT_EQ(l_writer.tell(), 3u);
     l_writer.write(0x1ff, 9);
@@ -140,9 +109,9 @@ TEST(bitstream_wr, tell_counts_a_begun_byte)
         l_writer.write(0xabcdef01, 32);
     }
     EXPECT_EQ(l_writer.tell(), 3u + 2u + 80u);
-    EXPECT_LT(l_sink.m_bytes.size(), 3u + 82u) << "the block holds the last bytes back";
-    for (uint64 const l_size : l_sink.m_writes) {
-        EXPECT_EQ(l_size % 4, 0u) << "fields go out in whole words";
+    EXPECT_LT(l_sink.all().size(), 3u + 82u) << "the block holds the last bytes back";
+    for (std::size_t l_index = 1; l_index < l_sink.writes().size(); ++l_index) {
+        EXPECT_EQ(l_sink.writes()[l_index].size() % 4, 0u) << "fields go out in whole words";
     }
 }
 
@@ -171,15 +140,16 @@ TEST(bitstream, every_width_at_every_offset_round_trips)
                     l_fields.emplace_back(low_bits(l_value, l_width), l_width);
                 }
             }
-            ASSERT_EQ(l_sink.m_bytes, l_model.bytes()) << "block " << l_block << " width " << l_width;
+            ASSERT_EQ(l_sink.all(), l_model.bytes()) << "block " << l_block << " width " << l_width;
 
-            source l_source(l_sink.m_bytes);
+            source l_source(l_sink.all());
             bitstream::rd l_reader(l_source, l_block);
             std::size_t l_at = 0;
             for (auto const &l_field : l_fields) {
                 ASSERT_EQ(l_reader.peek(l_field.second), l_field.first) << l_block << " " << l_width << " " << l_at;
                 ASSERT_EQ(l_reader.read(l_field.second), l_field.first) << l_block << " " << l_width << " " << l_at;
                 l_at += l_field.second;
+                ASSERT_EQ(l_reader.tell(), (l_at + 7) / 8) << "a begun byte counts as consumed";
             }
             EXPECT_EQ(l_reader.read(32), 0u) << "the zero bits of the last byte, then nothing";
             EXPECT_FALSE(l_reader.has_bits(1));
@@ -207,19 +177,6 @@ TEST(bitstream_rd, past_the_end_reads_zeros_and_stops)
     EXPECT_TRUE(l_reader.has_bits(40)) << "a block holds more than 32 bits";
     EXPECT_FALSE(l_reader.has_bits(41));
     EXPECT_EQ(l_reader.read(40), 0x12345678u) << "a count above 32 counts as 32";
-}
-
-TEST(bitstream_rd, tell_counts_a_begun_byte_as_consumed)
-{
-    source l_source(bytes({1, 2, 3, 4}));
-    bitstream::rd l_reader(l_source, 16);
-    EXPECT_EQ(l_reader.tell(), 0u);
-    l_reader.read(1);
-    EXPECT_EQ(l_reader.tell(), 1u);
-    l_reader.read(7);
-    EXPECT_EQ(l_reader.tell(), 1u);
-    l_reader.read(1);
-    EXPECT_EQ(l_reader.tell(), 2u);
 }
 
 TEST(bitstream_rd, align_and_boundary_within_a_byte)
@@ -256,7 +213,7 @@ TEST(bitstream_wr, align_and_boundary_pad_with_zeros)
         l_writer.align(64); // to the block's end: the rest of the block is zero
         l_writer.write(0xc, 4);
     }
-    EXPECT_EQ(l_sink.m_bytes, bytes({0xe0, 0x5a, 0, 0, 0x80, 0xff, 0, 0, 0xc0}));
+    EXPECT_EQ(l_sink.all(), bytes({0xe0, 0x5a, 0, 0, 0x80, 0xff, 0, 0, 0xc0}));
 }
 
 TEST(bitstream, skips_within_and_across_blocks)
@@ -285,9 +242,9 @@ TEST(bitstream, skips_within_and_across_blocks)
         for (uint64 l_bit = 0; l_bit < 3 * l_block * 8 + 5; ++l_bit) {
             l_model.m_bits.push_back(false);
         }
-        ASSERT_EQ(l_sink.m_bytes, l_model.bytes()) << l_block;
+        ASSERT_EQ(l_sink.all(), l_model.bytes()) << l_block;
 
-        source l_source(l_sink.m_bytes, 7);
+        source l_source(l_sink.all(), {7});
         bitstream::rd l_reader(l_source, l_block);
         for (auto const &l_step : l_steps) {
             l_reader.skip(l_step.first);
@@ -295,7 +252,7 @@ TEST(bitstream, skips_within_and_across_blocks)
         }
         l_reader.skip(~uint64(0) / 2);
         EXPECT_FALSE(l_reader.has_bits(1)) << "a skip past the end stops at the end";
-        EXPECT_EQ(l_reader.tell(), l_sink.m_bytes.size());
+        EXPECT_EQ(l_reader.tell(), l_sink.all().size());
     }
 }
 
@@ -330,7 +287,7 @@ TEST(bitstream, bulk_bytes_between_fields)
     l_expected += l_payload.substr(9, 200);
     l_expected += static_cast<char>(0xc0);
     l_expected += l_payload.substr(209, 91);
-    ASSERT_EQ(l_sink.m_bytes, l_expected);
+    ASSERT_EQ(l_sink.all(), l_expected);
 
     source l_source(l_expected);
     bitstream::rd l_reader(l_source, 16);
@@ -464,7 +421,7 @@ TEST(bitstream_rd, find_steps_restart_at_each_word)
 // A source that gives a byte at a time still serves whole fields.
 TEST(bitstream_rd, short_reads_still_fill_a_field)
 {
-    source l_source(bytes({0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc}), 1);
+    source l_source(bytes({0x12, 0x34, 0x56, 0x78, 0x9a, 0xbc}), {1});
     bitstream::rd l_reader(l_source, 16);
     EXPECT_EQ(l_reader.read(4), 0x1u);
     EXPECT_EQ(l_reader.read(32), 0x23456789u);
@@ -514,16 +471,16 @@ TEST(bitstream, set_and_clear_change_stream_and_block)
     bitstream::wr l_writer(l_first, 8);
     l_writer.write(0xa, 4);
     l_writer.clear(l_second);
-    EXPECT_EQ(l_first.m_bytes, bytes({0xa0})) << "the old sink gets what was written";
+    EXPECT_EQ(l_first.all(), bytes({0xa0})) << "the old sink gets what was written";
     l_writer.write(0x5, 4);
     l_writer.set(l_first, 100);
-    EXPECT_EQ(l_second.m_bytes, bytes({0x50}));
+    EXPECT_EQ(l_second.all(), bytes({0x50}));
     for (int l_index = 0; l_index < 30; ++l_index) {
         l_writer.write(0xff, 8);
     }
-    EXPECT_EQ(l_first.m_bytes.size(), 1u) << "a block of 100 bytes holds 30";
+    EXPECT_EQ(l_first.all().size(), 1u) << "a block of 100 bytes holds 30";
     l_writer.clear(l_second);
-    EXPECT_EQ(l_first.m_bytes, bytes({0xa0}) + std::string(30, '\xff'));
+    EXPECT_EQ(l_first.all(), bytes({0xa0}) + std::string(30, '\xff'));
 
     source l_source(bytes({1, 2, 3}));
     source l_other(bytes({9}));
@@ -531,8 +488,8 @@ TEST(bitstream, set_and_clear_change_stream_and_block)
     EXPECT_EQ(l_reader.read(8), 1u);
     l_reader.clear(l_other);
     EXPECT_EQ(l_reader.read(8), 9u) << "what was buffered from the first source is dropped";
-    l_source.m_at = 1;
-    l_reader.set(l_source, 64);
+    source l_rest(bytes({2, 3}));
+    l_reader.set(l_rest, 64);
     EXPECT_EQ(l_reader.read(16), 0x0203u);
 }
 

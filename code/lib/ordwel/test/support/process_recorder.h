@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-#ifndef ORDWEL_TEST_SUPPORT_PROCESS_RECORDER_H
-#define ORDWEL_TEST_SUPPORT_PROCESS_RECORDER_H
+#ifndef ORDWEL_TEST_PROCESS_RECORDER_H
+#define ORDWEL_TEST_PROCESS_RECORDER_H
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -11,8 +12,6 @@
 #include <ordwel/process.h>
 
 namespace ordwel_test {
-
-using std::chrono::milliseconds;
 
 // Collects what a monitor reports and lets the test wait for the end.
 class recorder : public ordwel::process::status {
@@ -33,13 +32,13 @@ public:
         m_changed.notify_all();
     }
 
-    bool wait_finished(milliseconds a_limit = milliseconds(20000))
+    bool wait_finished(std::chrono::milliseconds a_limit = std::chrono::milliseconds(20000))
     {
         std::unique_lock<std::mutex> l_lock(m_lock);
         return m_changed.wait_for(l_lock, a_limit, [this] { return m_finished > 0; });
     }
 
-    bool wait_output(std::string const &a_text, milliseconds a_limit = milliseconds(20000))
+    bool wait_output(std::string const &a_text, std::chrono::milliseconds a_limit = std::chrono::milliseconds(20000))
     {
         std::unique_lock<std::mutex> l_lock(m_lock);
         return m_changed.wait_for(l_lock, a_limit, [&] { return m_output.find(a_text) != std::string::npos; });
@@ -77,6 +76,16 @@ private:
     int m_finished = 0;
     int m_status_seen = -2;
 };
+
+// 1 MiB with no repeat at a power of two, so that a lost or doubled piece shows.
+inline std::string large_input()
+{
+    std::string l_input(std::size_t(1) << 20, '\0');
+    for (std::size_t l_index = 0; l_index < l_input.size(); ++l_index) {
+        l_input[l_index] = static_cast<char>((l_index * 7 + l_index / 251) & 0xff);
+    }
+    return l_input;
+}
 
 } // namespace ordwel_test
 
