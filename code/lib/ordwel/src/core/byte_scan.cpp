@@ -80,6 +80,79 @@ ORDWEL_ALWAYS_INLINE uint64 triple_starts(uint64 a_pairs, uint64 a_third, uint64
     return a_pairs & ((a_third >> 2) | (a_next_third << 62));
 }
 
+// ---- SSSE3 and SSE4.1: 16 positions a step, from loads at offsets 0, 1 and 2.
+
+ORDWEL_TARGET("ssse3,sse4.1")
+std::size_t triple_find_sse41(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                              unsigned char a_second, unsigned char a_third)
+{
+    __m128i const l_first = _mm_set1_epi8(static_cast<char>(a_first));
+    __m128i const l_second = _mm_set1_epi8(static_cast<char>(a_second));
+    __m128i const l_third = _mm_set1_epi8(static_cast<char>(a_third));
+    std::size_t l_index = 0;
+    for (; l_index + 18 <= a_size; l_index += 16) {
+        unsigned char const *const l_at = a_data + l_index;
+        __m128i const l_at_first = _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<__m128i const *>(l_at)), l_first);
+        __m128i const l_at_second =
+            _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<__m128i const *>(l_at + 1)), l_second);
+        __m128i const l_at_third =
+            _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<__m128i const *>(l_at + 2)), l_third);
+        auto const l_hits =
+            static_cast<uint32>(_mm_movemask_epi8(_mm_and_si128(_mm_and_si128(l_at_first, l_at_second), l_at_third)));
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
+        }
+    }
+    for (; l_index + 3 <= a_size; ++l_index) {
+        if (a_data[l_index] == a_first && a_data[l_index + 1] == a_second && a_data[l_index + 2] == a_third) {
+            return l_index;
+        }
+    }
+    return a_size;
+}
+
+// Set membership of 16 bytes: the low nibble picks a row of either table (by the top bit of the
+// byte), the high nibble a bit of the row.
+ORDWEL_TARGET("ssse3,sse4.1")
+ORDWEL_ALWAYS_INLINE uint32 set_mask_sse41(__m128i a_bytes, byte_set const &a_set)
+{
+    __m128i const l_nibble = _mm_set1_epi8(0x0f);
+    __m128i const l_low_nibble = _mm_and_si128(a_bytes, l_nibble);
+    __m128i const l_high_nibble = _mm_and_si128(_mm_srli_epi16(a_bytes, 4), l_nibble);
+    __m128i const l_row = _mm_blendv_epi8(
+        _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_set.m_low)), l_low_nibble),
+        _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_set.m_high)), l_low_nibble), a_bytes);
+    __m128i const l_bit =
+        _mm_shuffle_epi8(_mm_load_si128(reinterpret_cast<__m128i const *>(k_nibble_bits)), l_high_nibble);
+    return static_cast<uint32>(_mm_movemask_epi8(_mm_cmpeq_epi8(_mm_and_si128(l_row, l_bit), l_bit)));
+}
+
+ORDWEL_TARGET("ssse3,sse4.1")
+std::size_t set_find_sse41(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set)
+{
+    std::size_t l_index = 0;
+    for (; l_index + 16 <= a_size; l_index += 16) {
+        uint32 const l_hits =
+            set_mask_sse41(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_data + l_index)), a_set);
+        if (l_hits != 0) {
+            return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
+        }
+    }
+    return l_index + set_find_scalar(a_data + l_index, a_size - l_index, a_set);
+}
+
+ORDWEL_TARGET("ssse3,sse4.1")
+uint64 set_positions_sse41(unsigned char const *a_block, byte_set const &a_set)
+{
+    uint64 l_positions = 0;
+    for (unsigned l_quarter = 0; l_quarter < 4; ++l_quarter) {
+        uint64 const l_mask =
+            set_mask_sse41(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_block + 16 * l_quarter)), a_set);
+        l_positions |= l_mask << (16 * l_quarter);
+    }
+    return l_positions;
+}
+
 // ---- AVX2: 32 bytes a load.
 
 ORDWEL_TARGET("avx2")
@@ -352,9 +425,10 @@ byte_set byte_set_of(unsigned char const *a_bytes, std::size_t a_count)
 }
 
 #if defined(ORDWEL_X86_KERNELS)
-dispatch<triple_find> const k_triple_find(triple_find_scalar, nullptr, triple_find_avx2, triple_find_avx512);
-dispatch<set_find> const k_set_find(set_find_scalar, nullptr, set_find_avx2, set_find_avx512);
-dispatch<set_positions> const k_set_positions(set_positions_scalar, nullptr, set_positions_avx2, set_positions_avx512);
+dispatch<triple_find> const k_triple_find(triple_find_scalar, triple_find_sse41, triple_find_avx2, triple_find_avx512);
+dispatch<set_find> const k_set_find(set_find_scalar, set_find_sse41, set_find_avx2, set_find_avx512);
+dispatch<set_positions> const k_set_positions(set_positions_scalar, set_positions_sse41, set_positions_avx2,
+                                              set_positions_avx512);
 #else
 dispatch<triple_find> const k_triple_find(triple_find_scalar);
 dispatch<set_find> const k_set_find(set_find_scalar);

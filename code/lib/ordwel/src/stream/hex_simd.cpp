@@ -17,6 +17,59 @@ namespace {
 
 #if defined(ORDWEL_X86_KERNELS)
 
+// --- SSSE3 and SSE4.1: 16 bytes to 32 digits, 32 digits to 16 bytes ---------------------------------
+
+ORDWEL_TARGET("ssse3,sse4.1") void hex_encode_sse41(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    __m128i const l_digits =
+        _mm_setr_epi8('0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f');
+    __m128i const l_mask_0f = _mm_set1_epi8(0x0f);
+    std::size_t l_index = 0;
+    for (; a_size - l_index >= 16; l_index += 16) {
+        __m128i const l_bytes = _mm_loadu_si128(reinterpret_cast<__m128i const *>(a_bytes + l_index));
+        __m128i const l_high = _mm_shuffle_epi8(l_digits, _mm_and_si128(_mm_srli_epi16(l_bytes, 4), l_mask_0f));
+        __m128i const l_low = _mm_shuffle_epi8(l_digits, _mm_and_si128(l_bytes, l_mask_0f));
+        char *const l_out = a_out + 2 * l_index;
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(l_out), _mm_unpacklo_epi8(l_high, l_low));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(l_out + 16), _mm_unpackhi_epi8(l_high, l_low));
+    }
+    hex_encode_scalar(a_out + 2 * l_index, a_bytes + l_index, a_size - l_index);
+}
+
+// The values of 16 digits, or false where any of them is no digit; as values_of_digits below.
+ORDWEL_TARGET("ssse3,sse4.1") ORDWEL_ALWAYS_INLINE bool values_of_digits_128(__m128i a_chars, __m128i &a_values)
+{
+    __m128i const l_decimal = _mm_sub_epi8(a_chars, _mm_set1_epi8('0'));
+    __m128i const l_is_decimal = _mm_cmpeq_epi8(_mm_min_epu8(l_decimal, _mm_set1_epi8(9)), l_decimal);
+    __m128i const l_letter = _mm_sub_epi8(_mm_or_si128(a_chars, _mm_set1_epi8(0x20)), _mm_set1_epi8('a'));
+    __m128i const l_is_letter = _mm_cmpeq_epi8(_mm_min_epu8(l_letter, _mm_set1_epi8(5)), l_letter);
+    if (_mm_movemask_epi8(_mm_or_si128(l_is_decimal, l_is_letter)) != 0xffff) {
+        return false;
+    }
+    a_values = _mm_blendv_epi8(_mm_add_epi8(l_letter, _mm_set1_epi8(10)), l_decimal, l_is_decimal);
+    return true;
+}
+
+ORDWEL_TARGET("ssse3,sse4.1")
+void hex_decode_sse41(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
+    __m128i const l_weights = _mm_set1_epi16(0x0110);
+    std::size_t l_index = 0;
+    for (; a_count - l_index >= 16; l_index += 16) {
+        unsigned char const *const l_in = a_text + 2 * l_index;
+        __m128i l_first;
+        __m128i l_second;
+        if (!values_of_digits_128(_mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in)), l_first) ||
+            !values_of_digits_128(_mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in + 16)), l_second)) {
+            break;
+        }
+        _mm_storeu_si128(
+            reinterpret_cast<__m128i *>(a_out + l_index),
+            _mm_packus_epi16(_mm_maddubs_epi16(l_first, l_weights), _mm_maddubs_epi16(l_second, l_weights)));
+    }
+    hex_decode_scalar(a_out + l_index, a_text + 2 * l_index, a_count - l_index);
+}
+
 // --- AVX2: 32 bytes to 64 digits, 64 digits to 32 bytes --------------------------------------------
 
 ORDWEL_TARGET("avx2") void hex_encode_avx2(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
@@ -142,8 +195,10 @@ void hex_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::s
 } // namespace
 
 #if defined(ORDWEL_X86_KERNELS)
-dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar, nullptr, &hex_encode_avx2, &hex_encode_avx512};
-dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar, nullptr, &hex_decode_avx2, &hex_decode_avx512};
+dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar, &hex_encode_sse41, &hex_encode_avx2,
+                                               &hex_encode_avx512};
+dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar, &hex_decode_sse41, &hex_decode_avx2,
+                                               &hex_decode_avx512};
 #else
 dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar};
 dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar};
