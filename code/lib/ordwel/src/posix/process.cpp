@@ -32,12 +32,13 @@ namespace {
 // Without a pidfd, the monitor looks at the child this often while it waits for output.
 constexpr int k_fallback_poll_ms = 10;
 
+// A descriptor that becomes readable when the child ends, or -1 where the kernel has none. The
+// kernel opens it close-on-exec, so a child started later does not inherit it.
 int open_pidfd(pid_t a_pid)
 {
 #if defined(SYS_pidfd_open)
     long const l_fd = syscall(SYS_pidfd_open, a_pid, 0);
     if (l_fd >= 0) {
-        fcntl(static_cast<int>(l_fd), F_SETFD, FD_CLOEXEC);
         return static_cast<int>(l_fd);
     }
 #else
