@@ -33,6 +33,8 @@ ROWS = [
     ("timecode", "++ and text", "ordwel_step_and_text", "libavutil_step_and_text", "libavutil"),
     ("timecode", "90 kHz time to a label", "ordwel_label_from_90khz", "libavutil_label_from_90khz", "libavutil"),
     ("timecode", "as_ntptime", "ordwel_ntptime", "libavutil_ntptime", "av_rescale_rnd (not like-for-like)"),
+    ("timecode", "SMPTE word of each label", "ordwel_smpte_word", "libavutil_smpte_word", "av_timecode_get_smpte"),
+    ("timecode", "rescale, nearest", "ordwel_rescale", "libavutil_rescale", "av_rescale_rnd"),
     ("text", "tokenize_string", "bm_tokenize_delimiter", "bm_tokenize_delimiter_peer_boost_split", "boost::split"),
     ("text", "path_normalized", "bm_path_normalize", "bm_path_normalize_peer_lexically_normal", "lexically_normal"),
     ("text", "UTF-8 to wide", "bm_utf8_to_wide", "bm_utf8_to_wide_peer_iconv", "iconv"),

@@ -27,8 +27,10 @@
 #include <ordwel/optparser.h>
 #include <ordwel/path.h>
 #include <ordwel/process.h>
+#include <ordwel/rescale.h>
 #include <ordwel/rwlock.h>
 #include <ordwel/semaphore.h>
+#include <ordwel/smpte.h>
 #include <ordwel/stream.h>
 #include <ordwel/string_helpers.h>
 #include <ordwel/strutil.h>
