@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include <ordwel/emulation.h>
 
+#include <ordwel/internal/byte_order.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -68,6 +70,12 @@ uint64 remove_carrying(unsigned char *a_destination, unsigned char const *a_sour
     return l_out;
 }
 
+// Whether one of the 8 bytes of a_word is 0.
+bool has_zero_byte(uint64 a_word)
+{
+    return ((a_word - 0x0101010101010101ULL) & ~a_word & 0x8080808080808080ULL) != 0;
+}
+
 // Insertion over a_source[0, a_size) into a_destination, which holds
 // emulation_inserted_bound(a_size) bytes, with a_zeros carried in and out; no final 03. Gives
 // the bytes written.
@@ -77,8 +85,9 @@ uint64 insert_carrying(unsigned char *a_destination, unsigned char const *a_sour
     uint64 l_out = 0;
     unsigned l_zeros = a_zeros;
     while (l_in < a_size) {
-        if (l_zeros == 0) {
-            // Up to the next zero, nothing to insert: one copy.
+        // Up to the next zero nothing is inserted: where the next 8 bytes hold none, one copy to
+        // it. Zero-rich bytes go byte by byte, which costs less there than a search per zero.
+        if (l_zeros == 0 && a_size - l_in >= 8 && !has_zero_byte(internal::load_native<uint64>(a_source + l_in))) {
             auto const l_rest = static_cast<std::size_t>(a_size - l_in);
             auto const *const l_hit = static_cast<unsigned char const *>(std::memchr(a_source + l_in, 0, l_rest));
             std::size_t const l_run = l_hit == nullptr ? l_rest : static_cast<std::size_t>(l_hit - (a_source + l_in));

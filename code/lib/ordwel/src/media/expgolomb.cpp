@@ -25,9 +25,9 @@ inline unsigned leading_zeros(uint32 a_word)
 // The code number of the next code: up to 2^33 - 2, from at most 32 leading zeros.
 uint64 read_code(rd const &a_reader)
 {
-    // Most codes are served by one look at the next 32 bits: with at most 15 zeros, the zeros, the
-    // 1 and the bits behind it fit in 31 bits. The bits behind the data read as zero, so a 1 seen
-    // in the word is in the data; has_bits tells whether the rest of the code is.
+    // A code of at most 15 zeros fits in the next 32 bits (the inline path of the header takes
+    // those whose 32 bits are all data). The bits behind the data read as zero, so a 1 seen in the
+    // word is in the data; has_bits tells whether the rest of the code is.
     uint32 const l_word = a_reader.peek(32);
     if (l_word >= 0x10000) {
         unsigned const l_length = 2 * leading_zeros(l_word) + 1;
@@ -87,7 +87,9 @@ void write_code(wr &a_writer, uint64 a_code)
 
 } // namespace
 
-uint32 read_ue(rd const &a_reader)
+namespace detail {
+
+uint32 read_ue_checked(rd const &a_reader)
 {
     uint64 const l_code = read_code(a_reader);
     if (l_code > 0xffffffffU) {
@@ -96,7 +98,7 @@ uint32 read_ue(rd const &a_reader)
     return static_cast<uint32>(l_code);
 }
 
-sint32 read_se(rd const &a_reader)
+sint32 read_se_checked(rd const &a_reader)
 {
     // Odd code numbers are the positive values, even ones zero and the negative values: 2^32 is
     // the last that fits, -2^31.
@@ -109,6 +111,8 @@ sint32 read_se(rd const &a_reader)
     }
     return static_cast<sint32>(-static_cast<sint64>(l_code / 2));
 }
+
+} // namespace detail
 
 void write_ue(wr &a_writer, uint32 a_value)
 {
