@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include <ordwel/buffer.h>
 #include <ordwel/emulation.h>
 #include <ordwel/es.h>
 #include <ordwel/expgolomb.h>
@@ -67,18 +68,6 @@ private:
     std::size_t m_at = 0;
 };
 
-class sink : public ordwel::stream::wr {
-public:
-    void write(void const *a_source, ordwel::uint64 a_size) override
-    {
-        m_bytes.append(static_cast<char const *>(a_source), static_cast<std::size_t>(a_size));
-    }
-    void flush() override {}
-    ordwel::uint64 tell() override { return m_bytes.size(); }
-
-    std::string m_bytes;
-};
-
 void check_emulation(std::string const &a_data, unsigned a_choice)
 {
     std::string const l_removed = ordwel::string_remove_emulation(bytes(a_data), a_data.size());
@@ -101,13 +90,14 @@ void check_emulation(std::string const &a_data, unsigned a_choice)
     }
     check(l_read == l_removed);
 
-    sink l_sink;
+    ordwel::buffer l_written;
+    ordwel::stream::buf l_sink(l_written);
     ordwel::stream::ep_insert_wr l_writer(l_sink);
     for (std::size_t l_at = 0; l_at < a_data.size(); l_at += l_piece.size()) {
         l_writer.write(a_data.data() + l_at, std::min(l_piece.size(), a_data.size() - l_at));
     }
     l_writer.finish();
-    check(l_sink.m_bytes == l_inserted);
+    check(std::string(l_written.begin(), l_written.end()) == l_inserted);
 }
 
 // The model's outcome for one code: 'v' with the code number, 'u' or 'o'.

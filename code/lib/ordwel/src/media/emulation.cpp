@@ -128,50 +128,53 @@ uint64 insert_emulation(unsigned char *a_destination, unsigned char const *a_sou
     return l_count;
 }
 
-buffer buffer_remove_emulation(unsigned char const *a_bytes, uint64 a_size)
+namespace {
+
+unsigned char *bytes_of(buffer &a_result)
 {
-    buffer l_result;
+    return a_result.begin();
+}
+
+unsigned char *bytes_of(std::string &a_result)
+{
+    return reinterpret_cast<unsigned char *>(&a_result[0]);
+}
+
+// What a_code (remove_emulation or insert_emulation) makes of the a_size bytes at a_bytes, in a
+// buffer or a string that holds a_room bytes to start with.
+template <typename t_result>
+t_result result_of(uint64 (*a_code)(unsigned char *, unsigned char const *, uint64), unsigned char const *a_bytes,
+                   uint64 a_size, uint64 a_room)
+{
+    t_result l_result;
     if (a_bytes == nullptr || a_size == 0) {
         return l_result;
     }
-    l_result.resize(a_size);
-    l_result.resize(remove_emulation(l_result.begin(), a_bytes, a_size));
+    l_result.resize(static_cast<std::size_t>(a_room));
+    l_result.resize(static_cast<std::size_t>(a_code(bytes_of(l_result), a_bytes, a_size)));
     return l_result;
+}
+
+} // namespace
+
+buffer buffer_remove_emulation(unsigned char const *a_bytes, uint64 a_size)
+{
+    return result_of<buffer>(remove_emulation, a_bytes, a_size, a_size);
 }
 
 std::string string_remove_emulation(unsigned char const *a_bytes, uint64 a_size)
 {
-    std::string l_result;
-    if (a_bytes == nullptr || a_size == 0) {
-        return l_result;
-    }
-    l_result.resize(static_cast<std::size_t>(a_size));
-    l_result.resize(
-        static_cast<std::size_t>(remove_emulation(reinterpret_cast<unsigned char *>(&l_result[0]), a_bytes, a_size)));
-    return l_result;
+    return result_of<std::string>(remove_emulation, a_bytes, a_size, a_size);
 }
 
 buffer buffer_insert_emulation(unsigned char const *a_bytes, uint64 a_size)
 {
-    buffer l_result;
-    if (a_bytes == nullptr || a_size == 0) {
-        return l_result;
-    }
-    l_result.resize(emulation_inserted_bound(a_size));
-    l_result.resize(insert_emulation(l_result.begin(), a_bytes, a_size));
-    return l_result;
+    return result_of<buffer>(insert_emulation, a_bytes, a_size, emulation_inserted_bound(a_size));
 }
 
 std::string string_insert_emulation(unsigned char const *a_bytes, uint64 a_size)
 {
-    std::string l_result;
-    if (a_bytes == nullptr || a_size == 0) {
-        return l_result;
-    }
-    l_result.resize(static_cast<std::size_t>(emulation_inserted_bound(a_size)));
-    l_result.resize(
-        static_cast<std::size_t>(insert_emulation(reinterpret_cast<unsigned char *>(&l_result[0]), a_bytes, a_size)));
-    return l_result;
+    return result_of<std::string>(insert_emulation, a_bytes, a_size, emulation_inserted_bound(a_size));
 }
 
 namespace stream {
