@@ -16,8 +16,10 @@
 #include <ordwel/conv.h>
 #include <ordwel/cpuinfo.h>
 #include <ordwel/ds.h>
+#include <ordwel/emulation.h>
 #include <ordwel/env.h>
 #include <ordwel/es.h>
+#include <ordwel/expgolomb.h>
 #include <ordwel/export.h>
 #include <ordwel/file.h>
 #include <ordwel/fraction.h>
