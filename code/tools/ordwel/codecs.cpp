@@ -239,8 +239,8 @@ int run_units(command_input const &a_input)
         std::printf("], \"count\": %llu, \"leading\": %llu}\n", static_cast<unsigned long long>(l_count),
                     static_cast<unsigned long long>(l_reader.leading()));
     } else if (l_reader.leading() != 0) {
-        std::printf("(%llu byte%s before the first start code)\n",
-                    static_cast<unsigned long long>(l_reader.leading()), l_reader.leading() == 1 ? "" : "s");
+        std::printf("(%llu byte%s before the first start code)\n", static_cast<unsigned long long>(l_reader.leading()),
+                    l_reader.leading() == 1 ? "" : "s");
     }
     return flush_out() ? k_exit_ok : k_exit_failed;
 }

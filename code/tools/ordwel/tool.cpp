@@ -186,7 +186,8 @@ std::vector<command_info> make_commands()
          "it: the offset of each unit's payload in hex, behind its start code, the payload's size without the "
          "zero bytes at its end, its type and the type's name. A last line tells how many bytes stood before the "
          "first start code, when some did.",
-         {k_help_option, {k_opt_codec, "codec", 1, 1, "read the headers as !SA!h264!SAE! (the default) or !SA!hevc!SAE!"},
+         {k_help_option,
+          {k_opt_codec, "codec", 1, 1, "read the headers as !SA!h264!SAE! (the default) or !SA!hevc!SAE!"},
           k_json_option},
          run_units},
     };

@@ -88,7 +88,9 @@ public:
 
 /// The units of a byte stream read from a stream::rd through a block of its own. Its memory is the
 /// block, whatever the data: a run of zeros is counted, not kept. for_each hands out the payload
-/// in pieces; next collects a whole unit into a buffer.
+/// in pieces; next collects a whole unit into a buffer. A stream::mem or stream::buf is scanned in
+/// place instead: its position moves to its end at the first call, and its memory must stay put
+/// while the reader runs.
 class ORDWEL_API unit_reader {
 public:
     /// a_block: the bytes asked of the source at a time (at least 16). Offsets count from the
@@ -119,8 +121,9 @@ private:
     stream::rd *m_stream;
     uint64 m_capacity;
     std::unique_ptr<unsigned char[]> m_block;
-    // The bytes read and not yet passed: m_block[m_begin, m_end), the first at stream offset
-    // m_position.
+    // The bytes read and not yet passed: m_window[m_begin, m_end), the first at stream offset
+    // m_position. The window lies in the block, or in the memory of a memory stream.
+    unsigned char const *m_window;
     uint64 m_begin = 0;
     uint64 m_end = 0;
     uint64 m_position = 0;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "core/byte_scan.h"
+#include "stream/stream_memory.h"
 
 namespace ordwel {
 namespace annexb {
@@ -16,8 +17,7 @@ namespace {
 // is none.
 uint64 find_code(unsigned char const *a_data, uint64 a_size)
 {
-    return a_size < 3 ? a_size
-                      : internal::k_triple_find.get()(a_data, static_cast<std::size_t>(a_size), 0, 0, 1);
+    return a_size < 3 ? a_size : internal::k_triple_find.get()(a_data, static_cast<std::size_t>(a_size), 0, 0, 1);
 }
 
 // The length of a_data[0, a_size) without its zero bytes at the end.
@@ -33,22 +33,32 @@ uint64 without_zeros(unsigned char const *a_data, uint64 a_size)
 unsigned char const k_zeros[256] = {};
 
 constexpr char const *k_h264_names[32] = {
-    "unspecified",   "non-IDR slice",    "slice part A",  "slice part B",     "slice part C",   "IDR slice",
-    "SEI",           "SPS",              "PPS",           "AUD",              "end of seq",     "end of stream",
-    "filler",        "SPS extension",    "prefix",        "subset SPS",       "DPS",            "reserved",
-    "reserved",      "auxiliary slice",  "slice ext",     "depth slice ext",  "reserved",       "reserved",
-    "unspecified",   "unspecified",      "unspecified",   "unspecified",      "unspecified",    "unspecified",
-    "unspecified",   "unspecified",
+    "unspecified",  "non-IDR slice",
+    "slice part A", "slice part B",
+    "slice part C", "IDR slice",
+    "SEI",          "SPS",
+    "PPS",          "AUD",
+    "end of seq",   "end of stream",
+    "filler",       "SPS extension",
+    "prefix",       "subset SPS",
+    "DPS",          "reserved",
+    "reserved",     "auxiliary slice",
+    "slice ext",    "depth slice ext",
+    "reserved",     "reserved",
+    "unspecified",  "unspecified",
+    "unspecified",  "unspecified",
+    "unspecified",  "unspecified",
+    "unspecified",  "unspecified",
 };
 
 constexpr char const *k_hevc_names[64] = {
-    "TRAIL_N",    "TRAIL_R",    "TSA_N",      "TSA_R",       "STSA_N",      "STSA_R",      "RADL_N",
-    "RADL_R",     "RASL_N",     "RASL_R",     "reserved",    "reserved",    "reserved",    "reserved",
-    "reserved",   "reserved",   "BLA_W_LP",   "BLA_W_RADL",  "BLA_N_LP",    "IDR_W_RADL",  "IDR_N_LP",
-    "CRA",        "reserved",   "reserved",   "reserved",    "reserved",    "reserved",    "reserved",
-    "reserved",   "reserved",   "reserved",   "reserved",    "VPS",         "SPS",         "PPS",
-    "AUD",        "EOS",        "EOB",        "FD",          "prefix SEI",  "suffix SEI",  "reserved",
-    "reserved",   "reserved",   "reserved",   "reserved",    "reserved",    "reserved",    "unspecified",
+    "TRAIL_N",     "TRAIL_R",     "TSA_N",       "TSA_R",       "STSA_N",      "STSA_R",      "RADL_N",
+    "RADL_R",      "RASL_N",      "RASL_R",      "reserved",    "reserved",    "reserved",    "reserved",
+    "reserved",    "reserved",    "BLA_W_LP",    "BLA_W_RADL",  "BLA_N_LP",    "IDR_W_RADL",  "IDR_N_LP",
+    "CRA",         "reserved",    "reserved",    "reserved",    "reserved",    "reserved",    "reserved",
+    "reserved",    "reserved",    "reserved",    "reserved",    "VPS",         "SPS",         "PPS",
+    "AUD",         "EOS",         "EOB",         "FD",          "prefix SEI",  "suffix SEI",  "reserved",
+    "reserved",    "reserved",    "reserved",    "reserved",    "reserved",    "reserved",    "unspecified",
     "unspecified", "unspecified", "unspecified", "unspecified", "unspecified", "unspecified", "unspecified",
     "unspecified", "unspecified", "unspecified", "unspecified", "unspecified", "unspecified", "unspecified",
     "unspecified",
@@ -81,7 +91,7 @@ bool units::next(unit &a_unit)
 
 unit_reader::unit_reader(stream::rd &a_stream, uint64 a_block)
     : m_stream(&a_stream), m_capacity(std::max<uint64>(a_block, 16)),
-      m_block(new unsigned char[static_cast<std::size_t>(m_capacity)])
+      m_block(new unsigned char[static_cast<std::size_t>(m_capacity)]), m_window(m_block.get())
 {
 }
 
@@ -92,8 +102,21 @@ void unit_reader::fill()
     if (m_ended || m_end - m_begin >= 3) {
         return;
     }
+    // Over the library's memory streams the rest of the memory is the window, scanned where it
+    // lies: the stream moves to its end at once.
+    stream::memory_span l_memory{};
+    if (m_begin == m_end && stream::memory_access::span_of(*m_stream, l_memory) &&
+        l_memory.m_position <= l_memory.m_size) {
+        m_window = l_memory.m_data + l_memory.m_position;
+        m_begin = 0;
+        m_end = l_memory.m_size - l_memory.m_position;
+        stream::memory_access::set_position(*m_stream, l_memory.m_size);
+        m_ended = true;
+        return;
+    }
     unsigned char *const l_block = m_block.get();
-    std::memmove(l_block, l_block + m_begin, static_cast<std::size_t>(m_end - m_begin));
+    std::memmove(l_block, m_window + m_begin, static_cast<std::size_t>(m_end - m_begin));
+    m_window = l_block;
     m_end -= m_begin;
     m_begin = 0;
     // A source may hand out less than asked while more is coming: it is asked again until a start
@@ -124,7 +147,7 @@ unit_reader::event unit_reader::step(unsigned char const *&a_bytes, uint64 &a_co
             return event::done;
         }
         fill();
-        unsigned char const *const l_window = m_block.get() + m_begin;
+        unsigned char const *const l_window = m_window + m_begin;
         uint64 const l_size = m_end - m_begin;
         if (m_state == state::begin) {
             m_unit = m_next;

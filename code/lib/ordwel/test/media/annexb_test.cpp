@@ -108,6 +108,15 @@ split split_stream(std::string const &a_bytes, std::vector<uint64> const &a_piec
 split split_every_way(std::string const &a_bytes)
 {
     split const l_memory = split_memory(a_bytes);
+    // A memory stream is scanned in place, from its position on.
+    std::string l_shifted = "\x7f" + a_bytes;
+    stream::mem l_in_place(&l_shifted[0], l_shifted.size());
+    l_in_place.seek(1, stream::begin);
+    annexb::unit_reader l_reader(l_in_place);
+    collector l_collector(l_shifted.size());
+    l_reader.for_each(l_collector);
+    EXPECT_EQ(l_collector.m_split.m_units, l_memory.m_units);
+    EXPECT_EQ(l_reader.leading(), l_memory.m_leading);
     for (uint64 const l_piece : {1, 2, 3, 5, 7, 0}) {
         for (uint64 const l_block : {16, 4096}) {
             SCOPED_TRACE(std::to_string(l_piece) + " byte pieces, block " + std::to_string(l_block));
@@ -163,8 +172,8 @@ TEST(annexb, random_streams)
     for (unsigned int l_round = 0; l_round < 60; ++l_round) {
         bool const l_hevc = l_round % 2 == 1;
         ordwel_test::annexb_stream const l_stream = ordwel_test::make_annexb_stream(
-            l_random, l_round % 7, 1 + l_round * 3, l_hevc, l_hevc ? std::vector<unsigned int>{0, 1, 19, 32, 39}
-                                                                   : std::vector<unsigned int>{1, 5, 7, 8});
+            l_random, l_round % 7, 1 + l_round * 3, l_hevc,
+            l_hevc ? std::vector<unsigned int>{0, 1, 19, 32, 39} : std::vector<unsigned int>{1, 5, 7, 8});
         std::vector<std::string> l_expected;
         for (annexb::unit const &l_unit : l_stream.m_units) {
             l_expected.push_back(text_of(l_unit, l_stream.m_bytes.substr(l_unit.m_offset, l_unit.m_size)));
