@@ -33,12 +33,15 @@ namespace {
 
 using namespace ordwel;
 
-// One unit as both tell it: start code, payload offset, size, and the header fields.
-std::string text_of(uint64 a_start, uint64 a_offset, uint64 a_size, unsigned int a_type, unsigned int a_second,
-                    int a_third)
+// One unit as both tell it: start code, payload offset and size, then the header fields.
+std::string text_of(uint64 a_start, uint64 a_offset, uint64 a_size)
 {
-    return std::to_string(a_start) + " " + std::to_string(a_offset) + " " + std::to_string(a_size) + " " +
-           std::to_string(a_type) + " " + std::to_string(a_second) + " " + std::to_string(a_third);
+    return std::to_string(a_start) + " " + std::to_string(a_offset) + " " + std::to_string(a_size);
+}
+
+std::string fields_of(unsigned int a_type, unsigned int a_second, int a_third)
+{
+    return " " + std::to_string(a_type) + " " + std::to_string(a_second) + " " + std::to_string(a_third);
 }
 
 std::vector<std::string> ours(std::string const &a_bytes, bool a_hevc)
@@ -48,10 +51,10 @@ std::vector<std::string> ours(std::string const &a_bytes, bool a_hevc)
     annexb::unit l_unit;
     while (l_split.next(l_unit)) {
         unsigned char const *const l_header = l_unit.m_header;
-        l_units.push_back(a_hevc ? text_of(l_unit.m_start, l_unit.m_offset, l_unit.m_size, annexb::hevc_type(l_header),
-                                           annexb::hevc_layer_id(l_header), annexb::hevc_temporal_id(l_header))
-                                 : text_of(l_unit.m_start, l_unit.m_offset, l_unit.m_size, annexb::h264_type(l_header),
-                                           annexb::h264_ref_idc(l_header), 0));
+        l_units.push_back(text_of(l_unit.m_start, l_unit.m_offset, l_unit.m_size) +
+                          (a_hevc ? fields_of(annexb::hevc_type(l_header), annexb::hevc_layer_id(l_header),
+                                              annexb::hevc_temporal_id(l_header))
+                                  : fields_of(annexb::h264_type(l_header), annexb::h264_ref_idc(l_header), 0)));
     }
     return l_units;
 }
@@ -67,55 +70,68 @@ uint64 without_trailing_zeros(std::string const &a_bytes, uint64 a_offset, uint6
     return l_size;
 }
 
-std::vector<std::string> gstreamer_h264(std::string const &a_bytes)
+// A unit as GStreamer identified it, and whether it was the last (no start code behind it).
+struct gst_unit {
+    uint64 m_start;
+    uint64 m_offset;
+    uint64 m_size;
+    std::string m_fields;
+    bool m_last;
+};
+
+// Steps a_identify (from an offset: a unit, or false when it finds none) through a_bytes.
+template <class F> std::vector<std::string> gstreamer_units(std::string const &a_bytes, F a_identify)
 {
     std::vector<std::string> l_units;
+    gst_unit l_unit{};
+    for (guint l_from = 0; a_identify(l_from, l_unit); l_from = static_cast<guint>(l_unit.m_offset + l_unit.m_size)) {
+        uint64 const l_size =
+            l_unit.m_last ? without_trailing_zeros(a_bytes, l_unit.m_offset, l_unit.m_size) : l_unit.m_size;
+        l_units.push_back(text_of(l_unit.m_start, l_unit.m_offset, l_size) + l_unit.m_fields);
+        if (l_unit.m_last) {
+            break;
+        }
+    }
+    return l_units;
+}
+
+std::vector<std::string> gstreamer_h264(std::string const &a_bytes)
+{
     GstH264NalParser *const l_parser = gst_h264_nal_parser_new();
     auto const *const l_data = reinterpret_cast<guint8 const *>(a_bytes.data());
-    guint l_from = 0;
-    for (;;) {
+    std::vector<std::string> const l_units = gstreamer_units(a_bytes, [&](guint a_from, gst_unit &a_unit) {
         GstH264NalUnit l_nal;
         GstH264ParserResult const l_result =
-            gst_h264_parser_identify_nalu(l_parser, l_data, l_from, a_bytes.size(), &l_nal);
+            gst_h264_parser_identify_nalu(l_parser, l_data, a_from, a_bytes.size(), &l_nal);
         if (l_result != GST_H264_PARSER_OK && l_result != GST_H264_PARSER_NO_NAL_END) {
             EXPECT_EQ(l_result, GST_H264_PARSER_NO_NAL);
-            break;
+            return false;
         }
-        bool const l_last = l_result == GST_H264_PARSER_NO_NAL_END;
-        uint64 const l_size = l_last ? without_trailing_zeros(a_bytes, l_nal.offset, l_nal.size) : l_nal.size;
-        l_units.push_back(text_of(l_nal.sc_offset, l_nal.offset, l_size, l_nal.type, l_nal.ref_idc, 0));
-        if (l_last) {
-            break;
-        }
-        l_from = l_nal.offset + l_nal.size;
-    }
+        a_unit = {l_nal.sc_offset, l_nal.offset, l_nal.size, fields_of(l_nal.type, l_nal.ref_idc, 0),
+                  l_result == GST_H264_PARSER_NO_NAL_END};
+        return true;
+    });
     gst_h264_nal_parser_free(l_parser);
     return l_units;
 }
 
 std::vector<std::string> gstreamer_hevc(std::string const &a_bytes)
 {
-    std::vector<std::string> l_units;
     GstH265Parser *const l_parser = gst_h265_parser_new();
     auto const *const l_data = reinterpret_cast<guint8 const *>(a_bytes.data());
-    guint l_from = 0;
-    for (;;) {
+    std::vector<std::string> const l_units = gstreamer_units(a_bytes, [&](guint a_from, gst_unit &a_unit) {
         GstH265NalUnit l_nal;
         GstH265ParserResult const l_result =
-            gst_h265_parser_identify_nalu(l_parser, l_data, l_from, a_bytes.size(), &l_nal);
+            gst_h265_parser_identify_nalu(l_parser, l_data, a_from, a_bytes.size(), &l_nal);
         if (l_result != GST_H265_PARSER_OK && l_result != GST_H265_PARSER_NO_NAL_END) {
             EXPECT_EQ(l_result, GST_H265_PARSER_NO_NAL);
-            break;
+            return false;
         }
-        bool const l_last = l_result == GST_H265_PARSER_NO_NAL_END;
-        uint64 const l_size = l_last ? without_trailing_zeros(a_bytes, l_nal.offset, l_nal.size) : l_nal.size;
-        l_units.push_back(text_of(l_nal.sc_offset, l_nal.offset, l_size, l_nal.type, l_nal.layer_id,
-                                  static_cast<int>(l_nal.temporal_id_plus1) - 1));
-        if (l_last) {
-            break;
-        }
-        l_from = l_nal.offset + l_nal.size;
-    }
+        a_unit = {l_nal.sc_offset, l_nal.offset, l_nal.size,
+                  fields_of(l_nal.type, l_nal.layer_id, static_cast<int>(l_nal.temporal_id_plus1) - 1),
+                  l_result == GST_H265_PARSER_NO_NAL_END};
+        return true;
+    });
     gst_h265_parser_free(l_parser);
     return l_units;
 }
