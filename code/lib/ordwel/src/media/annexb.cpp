@@ -173,7 +173,7 @@ unit_reader::event unit_reader::step(unsigned char const *&a_bytes, uint64 &a_co
         if (l_data > 0) {
             if (m_state == state::unit && m_zeros > 0) {
                 a_bytes = k_zeros;
-                a_count = std::min<uint64>(m_zeros, sizeof k_zeros);
+                a_count = std::min<uint64>({m_zeros, sizeof k_zeros, m_capacity});
                 m_zeros -= a_count;
                 take(a_bytes, a_count);
                 return event::data;

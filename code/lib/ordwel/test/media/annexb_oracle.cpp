@@ -59,86 +59,47 @@ std::vector<std::string> ours(std::string const &a_bytes, bool a_hevc)
     return l_units;
 }
 
-// The last unit's size without the trailing zeros that GStreamer keeps; checks that only zeros go.
-uint64 without_trailing_zeros(std::string const &a_bytes, uint64 a_offset, uint64 a_size)
-{
-    uint64 l_size = a_size;
-    while (l_size > 0 && a_bytes[a_offset + l_size - 1] == 0) {
-        --l_size;
-    }
-    EXPECT_EQ(a_offset + a_size, a_bytes.size());
-    return l_size;
-}
+// Both parsers number their results alike.
+static_assert(int(GST_H264_PARSER_OK) == int(GST_H265_PARSER_OK) &&
+                  int(GST_H264_PARSER_NO_NAL) == int(GST_H265_PARSER_NO_NAL) &&
+                  int(GST_H264_PARSER_NO_NAL_END) == int(GST_H265_PARSER_NO_NAL_END),
+              "GStreamer's parser results");
 
-// A unit as GStreamer identified it, and whether it was the last (no start code behind it).
-struct gst_unit {
-    uint64 m_start;
-    uint64 m_offset;
-    uint64 m_size;
-    std::string m_fields;
-    bool m_last;
-};
-
-// Steps a_identify (from an offset: a unit, or false when it finds none) through a_bytes.
-template <class F> std::vector<std::string> gstreamer_units(std::string const &a_bytes, F a_identify)
+// Steps a GStreamer parser through a_bytes from the end of one unit on; a_fields gives a unit's
+// header fields. The last unit (no start code behind it) keeps the trailing zeros there: they are
+// cut here, after a check that they reach the end of the data.
+template <class t_nal, class t_parser, class t_result, class F>
+std::vector<std::string> gstreamer_units(std::string const &a_bytes, t_parser *a_parser,
+                                         t_result (*a_identify)(t_parser *, guint8 const *, guint, gsize, t_nal *),
+                                         F a_fields)
 {
     std::vector<std::string> l_units;
-    gst_unit l_unit{};
-    for (guint l_from = 0; a_identify(l_from, l_unit); l_from = static_cast<guint>(l_unit.m_offset + l_unit.m_size)) {
-        uint64 const l_size =
-            l_unit.m_last ? without_trailing_zeros(a_bytes, l_unit.m_offset, l_unit.m_size) : l_unit.m_size;
-        l_units.push_back(text_of(l_unit.m_start, l_unit.m_offset, l_size) + l_unit.m_fields);
-        if (l_unit.m_last) {
-            break;
+    auto const *const l_data = reinterpret_cast<guint8 const *>(a_bytes.data());
+    t_nal l_nal{};
+    for (guint l_from = 0;; l_from = l_nal.offset + l_nal.size) {
+        int const l_result = a_identify(a_parser, l_data, l_from, a_bytes.size(), &l_nal);
+        bool const l_last = l_result == GST_H264_PARSER_NO_NAL_END;
+        if (l_result != GST_H264_PARSER_OK && !l_last) {
+            EXPECT_EQ(l_result, GST_H264_PARSER_NO_NAL);
+            return l_units;
+        }
+        uint64 l_size = l_nal.size;
+        while (l_last && l_size > 0 && a_bytes[l_nal.offset + l_size - 1] == 0) {
+            --l_size;
+        }
+        l_units.push_back(text_of(l_nal.sc_offset, l_nal.offset, l_size) + a_fields(l_nal));
+        if (l_last) {
+            EXPECT_EQ(l_nal.offset + l_nal.size, a_bytes.size());
+            return l_units;
         }
     }
-    return l_units;
-}
-
-std::vector<std::string> gstreamer_h264(std::string const &a_bytes)
-{
-    GstH264NalParser *const l_parser = gst_h264_nal_parser_new();
-    auto const *const l_data = reinterpret_cast<guint8 const *>(a_bytes.data());
-    std::vector<std::string> const l_units = gstreamer_units(a_bytes, [&](guint a_from, gst_unit &a_unit) {
-        GstH264NalUnit l_nal;
-        GstH264ParserResult const l_result =
-            gst_h264_parser_identify_nalu(l_parser, l_data, a_from, a_bytes.size(), &l_nal);
-        if (l_result != GST_H264_PARSER_OK && l_result != GST_H264_PARSER_NO_NAL_END) {
-            EXPECT_EQ(l_result, GST_H264_PARSER_NO_NAL);
-            return false;
-        }
-        a_unit = {l_nal.sc_offset, l_nal.offset, l_nal.size, fields_of(l_nal.type, l_nal.ref_idc, 0),
-                  l_result == GST_H264_PARSER_NO_NAL_END};
-        return true;
-    });
-    gst_h264_nal_parser_free(l_parser);
-    return l_units;
-}
-
-std::vector<std::string> gstreamer_hevc(std::string const &a_bytes)
-{
-    GstH265Parser *const l_parser = gst_h265_parser_new();
-    auto const *const l_data = reinterpret_cast<guint8 const *>(a_bytes.data());
-    std::vector<std::string> const l_units = gstreamer_units(a_bytes, [&](guint a_from, gst_unit &a_unit) {
-        GstH265NalUnit l_nal;
-        GstH265ParserResult const l_result =
-            gst_h265_parser_identify_nalu(l_parser, l_data, a_from, a_bytes.size(), &l_nal);
-        if (l_result != GST_H265_PARSER_OK && l_result != GST_H265_PARSER_NO_NAL_END) {
-            EXPECT_EQ(l_result, GST_H265_PARSER_NO_NAL);
-            return false;
-        }
-        a_unit = {l_nal.sc_offset, l_nal.offset, l_nal.size,
-                  fields_of(l_nal.type, l_nal.layer_id, static_cast<int>(l_nal.temporal_id_plus1) - 1),
-                  l_result == GST_H265_PARSER_NO_NAL_END};
-        return true;
-    });
-    gst_h265_parser_free(l_parser);
-    return l_units;
 }
 
 TEST(annexb_oracle, units_as_gstreamer_identifies_them)
 {
     gst_init(nullptr, nullptr);
+    GstH264NalParser *const l_h264_parser = gst_h264_nal_parser_new();
+    GstH265Parser *const l_hevc_parser = gst_h265_parser_new();
     // Every H.264 type but the end-of-sequence and end-of-stream units; HEVC likewise without EOS
     // and EOB.
     std::vector<unsigned int> l_h264_types;
@@ -155,15 +116,25 @@ TEST(annexb_oracle, units_as_gstreamer_identifies_them)
     unsigned int l_compared = 0;
     for (unsigned int l_case = 0; l_case < 1200; ++l_case) {
         bool const l_hevc = l_case % 2 == 1;
-        ordwel_test::annexb_stream const l_stream = ordwel_test::make_annexb_stream(
-            l_random, 1 + l_case % 40, 1 + (l_case * 37) % 3000, l_hevc, l_hevc ? l_hevc_types : l_h264_types);
-        std::vector<std::string> const l_ours = ours(l_stream.m_bytes, l_hevc);
-        ASSERT_EQ(l_ours, l_hevc ? gstreamer_hevc(l_stream.m_bytes) : gstreamer_h264(l_stream.m_bytes))
+        std::string const l_bytes = ordwel_test::make_annexb_stream(l_random, 1 + l_case % 40, 1 + (l_case * 37) % 3000,
+                                                                    l_hevc, l_hevc ? l_hevc_types : l_h264_types)
+                                        .m_bytes;
+        std::vector<std::string> const l_ours = ours(l_bytes, l_hevc);
+        ASSERT_EQ(l_ours, l_hevc ? gstreamer_units(l_bytes, l_hevc_parser, gst_h265_parser_identify_nalu,
+                                                   [](GstH265NalUnit const &a_nal) {
+                                                       return fields_of(a_nal.type, a_nal.layer_id,
+                                                                        int(a_nal.temporal_id_plus1) - 1);
+                                                   })
+                                 : gstreamer_units(l_bytes, l_h264_parser, gst_h264_parser_identify_nalu,
+                                                   [](GstH264NalUnit const &a_nal) {
+                                                       return fields_of(a_nal.type, a_nal.ref_idc, 0);
+                                                   }))
             << "case " << l_case;
-        ASSERT_EQ(l_ours.size(), l_stream.m_units.size());
         l_compared += static_cast<unsigned int>(l_ours.size());
     }
     EXPECT_GT(l_compared, 20000u);
+    gst_h264_nal_parser_free(l_h264_parser);
+    gst_h265_parser_free(l_hevc_parser);
 }
 
 } // namespace

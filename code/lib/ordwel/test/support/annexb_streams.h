@@ -2,6 +2,7 @@
 #ifndef ORDWEL_TEST_ANNEXB_STREAMS_H
 #define ORDWEL_TEST_ANNEXB_STREAMS_H
 
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -29,51 +30,38 @@ inline annexb_stream make_annexb_stream(std::mt19937 &a_random, unsigned int a_c
     for (unsigned int l_index = l_draw(4); l_index > 0; --l_index) {
         l_stream.m_bytes += static_cast<char>(0x80 | l_draw(128));
     }
-    l_stream.m_leading = l_stream.m_bytes.size();
     for (unsigned int l_unit = 0; l_unit < a_count; ++l_unit) {
         unsigned int const l_zeros = l_draw(3) + (l_draw(2) == 0 ? 1 : 0);
-        l_stream.m_bytes.append(l_zeros, '\0');
+        l_stream.m_bytes.append(l_zeros, '\0').append("\0\0\1", 3);
         ordwel::annexb::unit l_expected;
-        l_expected.m_start = l_stream.m_bytes.size() - (l_zeros > 0 ? 1 : 0);
-        l_stream.m_bytes.append("\0\0\1", 3);
         l_expected.m_offset = l_stream.m_bytes.size();
-        if (l_unit == 0) {
-            l_stream.m_leading = l_expected.m_start;
-        }
+        l_expected.m_start = l_expected.m_offset - (l_zeros > 0 ? 4 : 3);
         unsigned int const l_type = a_types[l_draw(static_cast<unsigned int>(a_types.size()))];
-        std::string l_raw;
+        std::string l_raw(1, static_cast<char>(a_hevc ? l_type << 1 | l_draw(2) : l_draw(4) << 5 | l_type));
         if (a_hevc) {
-            l_raw += static_cast<char>(l_type << 1 | l_draw(2));
             l_raw += static_cast<char>(l_draw(32) << 3 | (1 + l_draw(7)));
-        } else {
-            l_raw += static_cast<char>(l_draw(4) << 5 | l_type);
         }
         for (unsigned int l_size = 1 + l_draw(a_max_size); l_size > 0; --l_size) {
             l_raw += static_cast<char>(l_draw(2) == 0 ? 0 : l_draw(256));
         }
-        std::string l_payload;
         unsigned int l_run = 0;
         for (char const l_byte : l_raw) {
             if (l_run >= 2 && static_cast<unsigned char>(l_byte) <= 3) {
-                l_payload += '\3';
+                l_stream.m_bytes += '\3';
                 l_run = 0;
             }
-            l_payload += l_byte;
+            l_stream.m_bytes += l_byte;
             l_run = l_byte == 0 ? l_run + 1 : 0;
         }
-        if (l_payload.back() == 0) {
-            l_payload += '\3';
+        if (l_stream.m_bytes.back() == 0) {
+            l_stream.m_bytes += '\3';
         }
-        l_stream.m_bytes += l_payload;
-        l_expected.m_size = l_payload.size();
-        l_expected.m_header[0] = static_cast<unsigned char>(l_payload[0]);
-        l_expected.m_header[1] = static_cast<unsigned char>(l_payload[1]);
+        l_expected.m_size = l_stream.m_bytes.size() - l_expected.m_offset;
+        std::memcpy(l_expected.m_header, &l_stream.m_bytes[l_expected.m_offset], 2);
         l_stream.m_units.push_back(l_expected);
     }
     l_stream.m_bytes.append(l_draw(4), '\0');
-    if (a_count == 0) {
-        l_stream.m_leading = l_stream.m_bytes.size();
-    }
+    l_stream.m_leading = a_count == 0 ? l_stream.m_bytes.size() : l_stream.m_units.front().m_start;
     return l_stream;
 }
 
