@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include <ordwel/annexb.h>
 #include <ordwel/bitstream.h>
 #include <ordwel/codecs.h>
 #include <ordwel/es.h>
@@ -128,6 +129,36 @@ void print_start_code(uint64 a_offset, bool a_zero_before, int a_next, bool a_js
                 a_zero_before ? "00 00 00 01" : "   00 00 01", l_next);
 }
 
+// Prints each unit as it ends: the offset of its payload in hex, its size, its type and the type's
+// name, or the same as a JSON object.
+class unit_printer : public ordwel::annexb::unit_handler {
+public:
+    unit_printer(bool a_hevc, bool a_json) : m_hevc(a_hevc), m_json(a_json) {}
+
+    void end(ordwel::annexb::unit const &a_unit) override
+    {
+        unsigned int const l_type =
+            m_hevc ? ordwel::annexb::hevc_type(a_unit.m_header) : ordwel::annexb::h264_type(a_unit.m_header);
+        char const *const l_name =
+            m_hevc ? ordwel::annexb::hevc_type_name(l_type) : ordwel::annexb::h264_type_name(l_type);
+        if (m_json) {
+            std::printf("%s{\"start\": %llu, \"offset\": %llu, \"size\": %llu, \"type\": %u, \"name\": %s}",
+                        m_first ? "" : ",\n ", static_cast<unsigned long long>(a_unit.m_start),
+                        static_cast<unsigned long long>(a_unit.m_offset),
+                        static_cast<unsigned long long>(a_unit.m_size), l_type, json_string(l_name).c_str());
+        } else {
+            std::printf("%08llx  %10llu  %2u  %s\n", static_cast<unsigned long long>(a_unit.m_offset),
+                        static_cast<unsigned long long>(a_unit.m_size), l_type, l_name);
+        }
+        m_first = false;
+    }
+
+private:
+    bool m_hevc;
+    bool m_json;
+    bool m_first = true;
+};
+
 } // namespace
 
 int run_base64(command_input const &a_input)
@@ -176,6 +207,40 @@ int run_startcodes(command_input const &a_input)
                     static_cast<unsigned long long>(l_count));
     } else if (l_count_only) {
         std::printf("%llu\n", static_cast<unsigned long long>(l_count));
+    }
+    return flush_out() ? k_exit_ok : k_exit_failed;
+}
+
+int run_units(command_input const &a_input)
+{
+    if (a_input.m_words.size() != 1) {
+        return usage_error("units takes one file");
+    }
+    std::string const *const l_codec = a_input.last(k_opt_codec);
+    if (l_codec != nullptr && *l_codec != "h264" && *l_codec != "hevc") {
+        return bad_value("no such codec `" + *l_codec + "' (h264, hevc)");
+    }
+    input l_input;
+    if (!l_input.open(a_input.m_words.front())) {
+        return k_exit_failed;
+    }
+    input_stream l_stream(l_input, 0);
+    ordwel::annexb::unit_reader l_reader(l_stream);
+    bool const l_json = a_input.has(k_opt_json);
+    unit_printer l_printer(l_codec != nullptr && *l_codec == "hevc", l_json);
+    if (l_json) {
+        std::printf("{\"units\": [");
+    }
+    uint64 const l_count = l_reader.for_each(l_printer);
+    if (l_input.failed()) {
+        return k_exit_failed;
+    }
+    if (l_json) {
+        std::printf("], \"count\": %llu, \"leading\": %llu}\n", static_cast<unsigned long long>(l_count),
+                    static_cast<unsigned long long>(l_reader.leading()));
+    } else if (l_reader.leading() != 0) {
+        std::printf("(%llu byte%s before the first start code)\n", static_cast<unsigned long long>(l_reader.leading()),
+                    l_reader.leading() == 1 ? "" : "s");
     }
     return flush_out() ? k_exit_ok : k_exit_failed;
 }

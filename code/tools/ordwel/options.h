@@ -41,6 +41,7 @@ constexpr int k_opt_lenient = -50;
 constexpr int k_opt_tmcd = -51;
 
 constexpr int k_opt_count = 'c';
+constexpr int k_opt_codec = -60;
 
 // What the parser hands over for a word of no option.
 constexpr int k_word = 1;

@@ -179,6 +179,17 @@ std::vector<command_info> make_commands()
          "(!Q!--!QE! at the end of the data).",
          {k_help_option, {k_opt_count, "count", 0, 0, "print only the number of start codes"}, k_json_option},
          run_startcodes},
+        {"units",
+         "units [--codec h264|hevc] [--json] file",
+         "list the units of an H.264 or HEVC byte stream",
+         "Lists the units (NAL units) of an H.264 or HEVC byte stream (!Q!-!QE! for standard input) as it reads "
+         "it: the offset of each unit's payload in hex, behind its start code, the payload's size without the "
+         "zero bytes at its end, its type and the type's name. A last line tells how many bytes stood before the "
+         "first start code, when some did.",
+         {k_help_option,
+          {k_opt_codec, "codec", 1, 1, "read the headers as !SA!h264!SAE! (the default) or !SA!hevc!SAE!"},
+          k_json_option},
+         run_units},
     };
 }
 

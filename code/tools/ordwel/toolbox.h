@@ -77,6 +77,7 @@ int run_timecode(command_input const &a_input);
 int run_base64(command_input const &a_input);
 int run_hex(command_input const &a_input);
 int run_startcodes(command_input const &a_input);
+int run_units(command_input const &a_input);
 
 } // namespace ordwel_toolbox
 

@@ -566,4 +566,39 @@ TEST(toolbox, startcodes_across_blocks)
     EXPECT_EQ(run_tool({"startcodes"}).status, ordwel_toolbox::k_exit_usage);
 }
 
+TEST(toolbox, units)
+{
+    // Garbage, an SPS behind a 4-byte start code, a PPS behind a 3-byte one across the reader's
+    // 64 KiB blocks, an IDR slice with zeros behind it; read as H.264 and as HEVC.
+    std::string l_bytes = std::string("\x12\0\0\0\x01\x67\x42\0\x0a", 9);
+    l_bytes.resize(65535, '\x55');
+    l_bytes += std::string("\0\0\x01\x68\xce\0\0\0\x01\x26\x01\x84\0", 13);
+    std::string const l_path = temp_file("units.bin", l_bytes);
+    expect_runs({"units"}, {
+                               {{l_path},
+                                0,
+                                "00000005       65530   7  SPS\n"
+                                "00010002           2   8  PPS\n"
+                                "00010008           3   6  SEI\n"
+                                "(1 byte before the first start code)\n",
+                                ""},
+                               {{"--codec", "hevc", l_path},
+                                0,
+                                "00000005       65530  51  unspecified\n"
+                                "00010002           2  52  unspecified\n"
+                                "00010008           3  19  IDR_W_RADL\n"
+                                "(1 byte before the first start code)\n",
+                                ""},
+                               {{"--codec", "vp9", l_path}, 2, "", "*** no such codec `vp9' (h264, hevc)\n"},
+                               {{}, 2, "", "*** units takes one file (ordwel --help tells more)\n"},
+                           });
+    EXPECT_EQ(run_tool({"units", "--json", l_path}).out,
+              "{\"units\": [{\"start\": 1, \"offset\": 5, \"size\": 65530, \"type\": 7, \"name\": \"SPS\"},\n "
+              "{\"start\": 65535, \"offset\": 65538, \"size\": 2, \"type\": 8, \"name\": \"PPS\"},\n "
+              "{\"start\": 65540, \"offset\": 65544, \"size\": 3, \"type\": 6, \"name\": \"SEI\"}], "
+              "\"count\": 3, \"leading\": 1}\n");
+    std::remove(l_path.c_str());
+    EXPECT_EQ(run_tool({"units", l_path}).status, ordwel_toolbox::k_exit_failed);
+}
+
 } // namespace
