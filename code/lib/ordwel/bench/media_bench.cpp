@@ -237,7 +237,6 @@ void bm_golomb_read_ue_by_bit(benchmark::State &a_state)
 }
 BENCHMARK(bm_golomb_read_ue_by_bit);
 
-
 // A made-up stream of a_size bytes or a little more, each size made once.
 std::vector<unsigned char> const &annexb_stream(std::size_t a_size)
 {
@@ -333,4 +332,3 @@ BENCHMARK(bm_annexb_gstreamer_identify_nalu)->Arg(1 << 20)->Arg(4 << 20);
 #endif
 
 } // namespace
-
