@@ -72,7 +72,8 @@ struct base64_result {
 /// Decodes canonical Base64 of a_format and nothing else: every character from the alphabet,
 /// padding as the format's rule says and only at the end, the unused low bits of the last group
 /// zero, no whitespace or line breaks. So every valid text is the encoding of its bytes, and
-/// re-encoding gives it back exactly.
+/// re-encoding gives it back exactly (with padding or without, as the text had it, where padding
+/// is optional).
 ///
 /// An invalid text gives m_valid false and the offset of the first character that no valid text
 /// could have at that place, reading from the start: a foreign character, an "=" where none may

@@ -242,18 +242,53 @@ std::string string_decode_base64(unsigned char const *a_bytes, uint64 a_size, ba
     return std::string(reinterpret_cast<char const *>(l_bytes.begin()), static_cast<std::size_t>(l_bytes.size()));
 }
 
+namespace {
+
+unsigned char *bytes_of(buffer &a_bytes)
+{
+    return a_bytes.begin();
+}
+
+unsigned char *bytes_of(std::string &a_bytes)
+{
+    return reinterpret_cast<unsigned char *>(&a_bytes[0]);
+}
+
+// Strict decoding into a buffer or a string, straight into its room: true and the bytes, or false,
+// the offset and no bytes.
+template <typename t_bytes>
+bool decode_strict_into(t_bytes &a_bytes, unsigned char const *a_text, uint64 a_size, base64_format a_format,
+                        uint64 &a_offset)
+{
+    if (a_text == nullptr || a_size == 0) {
+        return true;
+    }
+    a_bytes.resize(static_cast<std::size_t>((a_size + 3) / 4 * 3));
+    internal::base64_strict_step const l_step = internal::base64_decode_strict_window(
+        bytes_of(a_bytes), a_text, static_cast<std::size_t>(a_size), true, a_format);
+    bool const l_valid = l_step.m_state == internal::base64_strict_step::done;
+    a_offset = l_valid ? 0 : l_step.m_taken;
+    a_bytes.resize(l_valid ? l_step.m_written : 0);
+    return l_valid;
+}
+
+template <typename t_bytes>
+t_bytes decode_strict_or_raise(unsigned char const *a_text, uint64 a_size, base64_format a_format)
+{
+    t_bytes l_bytes;
+    uint64 l_offset = 0;
+    if (!decode_strict_into(l_bytes, a_text, a_size, a_format, l_offset)) {
+        internal::base64_raise_invalid(l_offset);
+    }
+    return l_bytes;
+}
+
+} // namespace
+
 base64_result base64_decode_strict(unsigned char const *a_text, uint64 a_size, base64_format a_format)
 {
     base64_result l_result{true, 0, buffer()};
-    if (a_text == nullptr || a_size == 0) {
-        return l_result;
-    }
-    l_result.m_bytes.resize((a_size + 3) / 4 * 3);
-    internal::base64_strict_step const l_step = internal::base64_decode_strict_window(
-        l_result.m_bytes.begin(), a_text, static_cast<std::size_t>(a_size), true, a_format);
-    l_result.m_valid = l_step.m_state == internal::base64_strict_step::done;
-    l_result.m_offset = l_result.m_valid ? 0 : l_step.m_taken;
-    l_result.m_bytes.resize(l_result.m_valid ? l_step.m_written : 0);
+    l_result.m_valid = decode_strict_into(l_result.m_bytes, a_text, a_size, a_format, l_result.m_offset);
     return l_result;
 }
 
@@ -265,17 +300,12 @@ void internal::base64_raise_invalid(uint64 a_offset)
 
 buffer buffer_decode_base64_strict(unsigned char const *a_text, uint64 a_size, base64_format a_format)
 {
-    base64_result l_result = base64_decode_strict(a_text, a_size, a_format);
-    if (!l_result.m_valid) {
-        internal::base64_raise_invalid(l_result.m_offset);
-    }
-    return l_result.m_bytes;
+    return decode_strict_or_raise<buffer>(a_text, a_size, a_format);
 }
 
 std::string string_decode_base64_strict(unsigned char const *a_text, uint64 a_size, base64_format a_format)
 {
-    buffer const l_bytes = buffer_decode_base64_strict(a_text, a_size, a_format);
-    return std::string(reinterpret_cast<char const *>(l_bytes.begin()), static_cast<std::size_t>(l_bytes.size()));
+    return decode_strict_or_raise<std::string>(a_text, a_size, a_format);
 }
 
 } // namespace ordwel

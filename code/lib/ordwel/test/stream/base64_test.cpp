@@ -22,25 +22,13 @@ namespace {
 
 using namespace ordwel;
 using internal::simd_level;
+using ordwel_test::bytes_of;
+using ordwel_test::random_bytes;
 using ordwel_test::raised_text;
 
 constexpr base64_format k_url_padded{base64_alphabet::url, base64_padding::required};
 constexpr base64_format k_url_bare{base64_alphabet::url, base64_padding::forbidden};
 constexpr base64_format k_formats[] = {k_base64_standard, k_base64_url, k_url_padded, k_url_bare};
-
-unsigned char const *bytes_of(std::string const &a_text)
-{
-    return reinterpret_cast<unsigned char const *>(a_text.data());
-}
-
-std::string random_bytes(std::mt19937 &a_random, std::size_t a_size)
-{
-    std::string l_bytes(a_size, '\0');
-    for (char &l_byte : l_bytes) {
-        l_byte = static_cast<char>(a_random() & 0xff);
-    }
-    return l_bytes;
-}
 
 std::string encoded(std::string const &a_bytes, base64_format a_format)
 {
