@@ -23,8 +23,8 @@ namespace {
 using namespace ordwel;
 using internal::simd_level;
 using ordwel_test::bytes_of;
-using ordwel_test::random_bytes;
 using ordwel_test::raised_text;
+using ordwel_test::random_bytes;
 
 constexpr base64_format k_url_padded{base64_alphabet::url, base64_padding::required};
 constexpr base64_format k_url_bare{base64_alphabet::url, base64_padding::forbidden};
