@@ -18,6 +18,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <ordwel/base64.h>
 #include <ordwel/codecs.h>
 
 #if defined(ORDWEL_BENCH_PRIVATE)
@@ -42,6 +43,7 @@ namespace {
 struct sample {
     std::string m_plain;
     std::string m_base64;
+    std::string m_base64url;
     std::string m_hex;
 };
 
@@ -57,6 +59,7 @@ sample const &sample_of(std::size_t a_size)
         }
         auto const *const l_bytes = reinterpret_cast<unsigned char const *>(l_sample.m_plain.data());
         l_sample.m_base64 = ordwel::string_encode_base64(l_bytes, a_size);
+        l_sample.m_base64url = ordwel::string_encode_base64(l_bytes, a_size, ordwel::k_base64_url);
         l_sample.m_hex = ordwel::string_encode_hex(l_sample.m_plain);
     }
     return l_sample;
@@ -122,6 +125,44 @@ void ordwel_base64_decode_string(benchmark::State &a_state)
     });
 }
 ORDWEL_CODECS_BENCHMARK(ordwel_base64_decode_string);
+
+// The URL-safe alphabet (no padding) and strict decoding, to hold against the standard lenient
+// decoder: the same kernels, so the same speed.
+void ordwel_base64url_encode_buffer(benchmark::State &a_state)
+{
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(
+            ordwel::buffer_encode_base64(bytes_of(a_sample.m_plain), a_sample.m_plain.size(), ordwel::k_base64_url));
+    });
+}
+ORDWEL_CODECS_BENCHMARK(ordwel_base64url_encode_buffer);
+
+void ordwel_base64url_decode_buffer(benchmark::State &a_state)
+{
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_decode_base64(bytes_of(a_sample.m_base64url),
+                                                              a_sample.m_base64url.size(), ordwel::k_base64_url));
+    });
+}
+ORDWEL_CODECS_BENCHMARK(ordwel_base64url_decode_buffer);
+
+void ordwel_base64_decode_strict(benchmark::State &a_state)
+{
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_decode_base64_strict(
+            bytes_of(a_sample.m_base64), a_sample.m_base64.size(), ordwel::k_base64_standard));
+    });
+}
+ORDWEL_CODECS_BENCHMARK(ordwel_base64_decode_strict);
+
+void ordwel_base64url_decode_strict(benchmark::State &a_state)
+{
+    measure(a_state, [](sample const &a_sample, unsigned char *) {
+        benchmark::DoNotOptimize(ordwel::buffer_decode_base64_strict(
+            bytes_of(a_sample.m_base64url), a_sample.m_base64url.size(), ordwel::k_base64_url));
+    });
+}
+ORDWEL_CODECS_BENCHMARK(ordwel_base64url_decode_strict);
 
 void ordwel_hex_encode(benchmark::State &a_state)
 {

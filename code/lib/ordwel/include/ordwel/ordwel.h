@@ -5,6 +5,7 @@
 /// \file
 /// Every public header of the library, for a program that wants all of it.
 #include <ordwel/annexb.h>
+#include <ordwel/base64.h>
 #include <ordwel/bitstream.h>
 #include <ordwel/buffer.h>
 #include <ordwel/bytestream.h>

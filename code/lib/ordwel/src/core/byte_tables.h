@@ -10,6 +10,8 @@ namespace internal {
 
 constexpr char k_hex_digits_lower[] = "0123456789abcdef";
 constexpr char k_base64_alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+// The alphabet that is safe in URLs and file names: "-" and "_" for 62 and 63.
+constexpr char k_base64url_alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
 
 // One byte of information for each of the 256 byte values.
 struct byte_table {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The vector kernels of Base64 and the choice among them. Each kernel is compiled for its own
 // instruction set (ORDWEL_TARGET), so the rest of the build assumes no more than the baseline.
+// Each kernel is a template over the alphabet: the two alphabets differ in the characters of 62 and
+// 63 alone, which change the constants of the kernels and not their instructions.
 
 #include <cstddef>
 
@@ -15,6 +17,11 @@ namespace ordwel {
 namespace internal {
 
 namespace {
+
+constexpr char const *alphabet_of(base64_alphabet a_alphabet)
+{
+    return a_alphabet == base64_alphabet::url ? k_base64url_alphabet : k_base64_alphabet;
+}
 
 #if defined(ORDWEL_X86_KERNELS)
 
@@ -41,22 +48,45 @@ ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i sextets_of_bytes(__m256i a_by
     return _mm256_or_si256(l_first_and_third, l_second_and_fourth);
 }
 
-// Each sextet as its character: the sextet plus an offset that depends on its range only
-// (0-25 "A", 26-51 "a", 52-61 "0", 62 "+", 63 "/"), the offset found by pshufb.
-ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i characters_of_sextets(__m256i a_sextets)
+// 16 bytes of a table in both lanes.
+ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i both_lanes(signed char const (&a_table)[16])
 {
+    return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_table)));
+}
+
+// Each sextet as its character: the sextet plus an offset that depends on its range only
+// (0-25 "A", 26-51 "a", 52-61 "0", 62 and 63 the alphabet's own), the offset found by pshufb.
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE __m256i characters_of_sextets(__m256i a_sextets)
+{
+    constexpr char const *k_alphabet = alphabet_of(t_alphabet);
+    static constexpr signed char k_offsets[16] = {'a' - 26,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  '0' - 52,
+                                                  static_cast<signed char>(k_alphabet[62] - 62),
+                                                  static_cast<signed char>(k_alphabet[63] - 63),
+                                                  'A',
+                                                  0,
+                                                  0};
     // 0-51 become 0, 52-61 become 1 to 10, 62 and 63 become 11 and 12; then 0-25 become 13.
     __m256i l_range = _mm256_subs_epu8(a_sextets, _mm256_set1_epi8(51));
     __m256i const l_upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), a_sextets);
     l_range = _mm256_or_si256(l_range, _mm256_and_si256(l_upper, _mm256_set1_epi8(13)));
-    __m256i const l_offsets = _mm256_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                                               '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0,
-                                               'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                                               '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0);
-    return _mm256_add_epi8(a_sextets, _mm256_shuffle_epi8(l_offsets, l_range));
+    return _mm256_add_epi8(a_sextets, _mm256_shuffle_epi8(both_lanes(k_offsets), l_range));
 }
 
-ORDWEL_TARGET("avx2") std::size_t base64_encode_avx2(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("avx2")
+std::size_t base64_encode_avx2(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
     unsigned char const *l_in = a_bytes;
     unsigned char const *const l_end = a_bytes + a_size;
@@ -66,35 +96,61 @@ ORDWEL_TARGET("avx2") std::size_t base64_encode_avx2(char *a_out, unsigned char 
         __m128i const l_low = _mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in));
         __m128i const l_high = _mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in + 12));
         __m256i const l_bytes = _mm256_inserti128_si256(_mm256_castsi128_si256(l_low), l_high, 1);
-        _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out), characters_of_sextets(sextets_of_bytes(l_bytes)));
+        _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out),
+                            characters_of_sextets<t_alphabet>(sextets_of_bytes(l_bytes)));
         l_in += 24;
         l_out += 32;
     }
-    return bytes_between(a_out, l_out) + base64_encode_scalar(l_out, l_in, bytes_between(l_in, l_end));
+    auto const l_scalar = t_alphabet == base64_alphabet::url ? &base64url_encode_scalar : &base64_encode_scalar;
+    return bytes_between(a_out, l_out) + l_scalar(l_out, l_in, bytes_between(l_in, l_end));
 }
 
-// The 32 characters as sextets, or false where any of them is outside the alphabet. Each character
-// is classified by its low and its high nibble through two tables whose entries share a bit only
-// for foreign characters; the offset to its sextet then depends on the high nibble alone, "/"
-// apart.
-ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE bool sextets_of_characters(__m256i a_chars, __m256i &a_sextets)
+// The nibble classes and sextet offsets of an alphabet's AVX2 decoder. A character is classified by
+// its low and its high nibble through two tables whose entries share a bit only for foreign
+// characters; the offset to its sextet then depends on the high nibble alone, except for the
+// character of 63, which shares its high nibble with letters ("/" with "+", "_" with "P" to "Z"),
+// so its index moves by m_slot to an entry of its own.
+struct avx2_decoding {
+    signed char m_low_classes[16];
+    signed char m_high_classes[16];
+    signed char m_offsets[16];
+    signed char m_slot;
+};
+
+constexpr avx2_decoding avx2_decoding_of(base64_alphabet a_alphabet)
 {
+    if (a_alphabet == base64_alphabet::url) {
+        // "-" is alone in its high nibble 2; "_" goes to entry 8. Nibble 7 gets a class of its own,
+        // since "_" is valid in 5 and DEL in 7 is not.
+        return {{0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x3b, 0x3b, 0x3a, 0x3b, 0x33},
+                {0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x20, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10},
+                {0, 0, 17, 4, -65, -65, -71, -71, -32, 0, 0, 0, 0, 0, 0, 0},
+                3};
+    }
+    // "/" goes to entry 1, "+" is alone in its high nibble 2 with "/".
+    return {{0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13, 0x1a, 0x1b, 0x1b, 0x1b, 0x1a},
+            {0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10},
+            {0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0},
+            -1};
+}
+
+// The 32 characters as sextets, or false where any of them is outside the alphabet.
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("avx2")
+ORDWEL_ALWAYS_INLINE bool sextets_of_characters(__m256i a_chars, __m256i &a_sextets)
+{
+    static constexpr avx2_decoding k_decoding = avx2_decoding_of(t_alphabet);
+    // The mask keeps each nibble and clears bit 7, so that pshufb never zeroes.
     __m256i const l_mask_2f = _mm256_set1_epi8(0x2f);
-    __m256i const l_low_classes = _mm256_setr_epi8(0x15, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x11, 0x13,
-                                                   0x1a, 0x1b, 0x1b, 0x1b, 0x1a, 0x15, 0x11, 0x11, 0x11, 0x11, 0x11,
-                                                   0x11, 0x11, 0x11, 0x11, 0x13, 0x1a, 0x1b, 0x1b, 0x1b, 0x1a);
-    __m256i const l_high_classes = _mm256_setr_epi8(0x10, 0x10, 0x01, 0x02, 0x04, 0x08, 0x04, 0x08, 0x10, 0x10, 0x10,
-                                                    0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x01, 0x02, 0x04, 0x08,
-                                                    0x04, 0x08, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10, 0x10);
-    __m256i const l_offsets = _mm256_setr_epi8(0, 16, 19, 4, -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0, 0, 16, 19, 4,
-                                               -65, -65, -71, -71, 0, 0, 0, 0, 0, 0, 0, 0);
     __m256i const l_high = _mm256_and_si256(_mm256_srli_epi32(a_chars, 4), l_mask_2f);
     __m256i const l_low = _mm256_and_si256(a_chars, l_mask_2f);
-    if (!_mm256_testz_si256(_mm256_shuffle_epi8(l_low_classes, l_low), _mm256_shuffle_epi8(l_high_classes, l_high))) {
+    if (!_mm256_testz_si256(_mm256_shuffle_epi8(both_lanes(k_decoding.m_low_classes), l_low),
+                            _mm256_shuffle_epi8(both_lanes(k_decoding.m_high_classes), l_high))) {
         return false;
     }
-    __m256i const l_slash = _mm256_cmpeq_epi8(a_chars, l_mask_2f);
-    a_sextets = _mm256_add_epi8(a_chars, _mm256_shuffle_epi8(l_offsets, _mm256_add_epi8(l_slash, l_high)));
+    __m256i const l_63 = _mm256_cmpeq_epi8(a_chars, _mm256_set1_epi8(alphabet_of(t_alphabet)[63]));
+    __m256i const l_index = _mm256_add_epi8(l_high, _mm256_and_si256(l_63, _mm256_set1_epi8(k_decoding.m_slot)));
+    a_sextets = _mm256_add_epi8(a_chars, _mm256_shuffle_epi8(both_lanes(k_decoding.m_offsets), l_index));
     return true;
 }
 
@@ -109,15 +165,17 @@ ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i bytes_of_sextets(__m256i a_se
     return _mm256_permutevar8x32_epi32(l_packed, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
 }
 
+template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx2")
-std::size_t base64_decode_avx2(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+std::size_t base64_prefix_avx2(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
 {
     unsigned char const *l_in = a_text;
     unsigned char const *const l_end = a_text + a_size;
     unsigned char *l_out = a_out;
     while (bytes_between(l_in, l_end) >= 32) {
         __m256i l_sextets;
-        if (!sextets_of_characters(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_in)), l_sextets)) {
+        if (!sextets_of_characters<t_alphabet>(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_in)),
+                                               l_sextets)) {
             break;
         }
         __m256i const l_bytes = bytes_of_sextets(l_sextets);
@@ -127,20 +185,39 @@ std::size_t base64_decode_avx2(unsigned char *a_out, unsigned char const *a_text
         l_in += 32;
         l_out += 24;
     }
-    return bytes_between(a_out, l_out) + base64_decode_scalar(l_out, l_in, bytes_between(l_in, l_end));
+    return bytes_between(a_text, l_in);
 }
 
 // --- AVX-512 VBMI: 48 bytes to 64 characters, 64 characters to 48 bytes -----------------------------
 
-// Byte look-ups of 64 and 128 entries for vpermb and vpermi2b.
+// Byte look-ups of 64 entries for vpermb.
 struct vbmi_tables {
     // For each 32-bit word of the input to the multishift, the bytes b a c b of its group.
     unsigned char m_spread[64];
-    // Each character 0 to 127 as its sextet, 0x80 where it is foreign.
-    unsigned char m_sextets[128];
     // Where each output byte sits among the 32-bit words of joined groups (low byte first).
     unsigned char m_pack[64];
 };
+
+// Each character 0 to 127 as its sextet in an alphabet, 0x80 where it is foreign: the 128 entries
+// of vpermi2b.
+struct vbmi_sextets {
+    unsigned char m_sextets[128];
+};
+
+constexpr vbmi_sextets vbmi_sextets_new(char const *a_alphabet)
+{
+    vbmi_sextets l_table{};
+    for (unsigned l_char = 0; l_char < 128; ++l_char) {
+        l_table.m_sextets[l_char] = 0x80;
+    }
+    for (unsigned l_value = 0; l_value < 64; ++l_value) {
+        l_table.m_sextets[static_cast<unsigned char>(a_alphabet[l_value])] = static_cast<unsigned char>(l_value);
+    }
+    return l_table;
+}
+
+constexpr vbmi_sextets k_vbmi_sextets[2] = {vbmi_sextets_new(k_base64_alphabet),
+                                            vbmi_sextets_new(k_base64url_alphabet)};
 
 constexpr vbmi_tables vbmi_tables_new()
 {
@@ -154,25 +231,19 @@ constexpr vbmi_tables vbmi_tables_new()
             l_tables.m_pack[3 * l_group + l_byte] = static_cast<unsigned char>(4 * l_group + 2 - l_byte);
         }
     }
-    for (unsigned l_char = 0; l_char < 128; ++l_char) {
-        l_tables.m_sextets[l_char] = 0x80;
-    }
-    for (unsigned l_value = 0; l_value < 64; ++l_value) {
-        l_tables.m_sextets[static_cast<unsigned char>(k_base64_alphabet[l_value])] =
-            static_cast<unsigned char>(l_value);
-    }
     return l_tables;
 }
 
 constexpr vbmi_tables k_vbmi = vbmi_tables_new();
 
+template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
 std::size_t base64_encode_vbmi(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
     __m512i const l_spread = _mm512_loadu_si512(k_vbmi.m_spread);
     // The bit offsets of the four sextets of each of the two groups in a 64-bit word.
     __m512i const l_shifts = _mm512_set1_epi64(0x3036242a1016040a);
-    __m512i const l_alphabet = _mm512_loadu_si512(k_base64_alphabet);
+    __m512i const l_alphabet = _mm512_loadu_si512(alphabet_of(t_alphabet));
     unsigned char const *l_in = a_bytes;
     unsigned char const *const l_end = a_bytes + a_size;
     char *l_out = a_out;
@@ -183,14 +254,16 @@ std::size_t base64_encode_vbmi(char *a_out, unsigned char const *a_bytes, std::s
         l_in += 48;
         l_out += 64;
     }
-    return bytes_between(a_out, l_out) + base64_encode_avx2(l_out, l_in, bytes_between(l_in, l_end));
+    return bytes_between(a_out, l_out) + base64_encode_avx2<t_alphabet>(l_out, l_in, bytes_between(l_in, l_end));
 }
 
+template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
-std::size_t base64_decode_vbmi(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+std::size_t base64_prefix_vbmi(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
 {
-    __m512i const l_sextets_low = _mm512_loadu_si512(k_vbmi.m_sextets);
-    __m512i const l_sextets_high = _mm512_loadu_si512(k_vbmi.m_sextets + 64);
+    unsigned char const *const l_table = k_vbmi_sextets[static_cast<unsigned>(t_alphabet)].m_sextets;
+    __m512i const l_sextets_low = _mm512_loadu_si512(l_table);
+    __m512i const l_sextets_high = _mm512_loadu_si512(l_table + 64);
     __m512i const l_pack = _mm512_loadu_si512(k_vbmi.m_pack);
     unsigned char const *l_in = a_text;
     unsigned char const *const l_end = a_text + a_size;
@@ -211,39 +284,82 @@ std::size_t base64_decode_vbmi(unsigned char *a_out, unsigned char const *a_text
         l_in += 64;
         l_out += 48;
     }
-    return bytes_between(a_out, l_out) + base64_decode_avx2(l_out, l_in, bytes_between(l_in, l_end));
+    return bytes_between(a_text, l_in) + base64_prefix_avx2<t_alphabet>(l_out, l_in, bytes_between(l_in, l_end));
 }
 
 // The AVX-512 level does not promise VBMI; without it the AVX2 kernels serve.
+template <base64_alphabet t_alphabet>
 std::size_t base64_encode_avx512(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
     if (cpu_features_detected().m_avx512vbmi) {
-        return base64_encode_vbmi(a_out, a_bytes, a_size);
+        return base64_encode_vbmi<t_alphabet>(a_out, a_bytes, a_size);
     }
-    return base64_encode_avx2(a_out, a_bytes, a_size);
+    return base64_encode_avx2<t_alphabet>(a_out, a_bytes, a_size);
 }
 
-std::size_t base64_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+template <base64_alphabet t_alphabet>
+std::size_t base64_prefix_avx512(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
 {
     if (cpu_features_detected().m_avx512vbmi) {
-        return base64_decode_vbmi(a_out, a_text, a_size);
+        return base64_prefix_vbmi<t_alphabet>(a_out, a_text, a_size);
     }
-    return base64_decode_avx2(a_out, a_text, a_size);
+    return base64_prefix_avx2<t_alphabet>(a_out, a_text, a_size);
+}
+
+// The lenient decoders: the vector blocks, then the scalar kernel from the first odd block on.
+template <base64_prefix_kernel t_prefix, base64_alphabet t_alphabet>
+std::size_t base64_decode_vector(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+{
+    auto const l_scalar = t_alphabet == base64_alphabet::url ? &base64url_decode_scalar : &base64_decode_scalar;
+    std::size_t const l_taken = t_prefix(a_out, a_text, a_size);
+    return l_taken / 4 * 3 + l_scalar(a_out + l_taken / 4 * 3, a_text + l_taken, a_size - l_taken);
 }
 
 #endif
+
+// Takes nothing: the scalar code decides every group.
+std::size_t base64_prefix_scalar(unsigned char *, unsigned char const *, std::size_t)
+{
+    return 0;
+}
 
 } // namespace
 
 #if defined(ORDWEL_X86_KERNELS)
-dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar, nullptr, &base64_encode_avx2,
-                                                     &base64_encode_avx512};
-dispatch<base64_decode_kernel> const k_base64_decode{&base64_decode_scalar, nullptr, &base64_decode_avx2,
-                                                     &base64_decode_avx512};
+constexpr auto k_standard = base64_alphabet::standard;
+constexpr auto k_url = base64_alphabet::url;
+dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar, nullptr, &base64_encode_avx2<k_standard>,
+                                                     &base64_encode_avx512<k_standard>};
+dispatch<base64_decode_kernel> const k_base64_decode{
+    &base64_decode_scalar, nullptr, &base64_decode_vector<&base64_prefix_avx2<k_standard>, k_standard>,
+    &base64_decode_vector<&base64_prefix_avx512<k_standard>, k_standard>};
+dispatch<base64_prefix_kernel> const k_base64_decode_prefix{
+    &base64_prefix_scalar, nullptr, &base64_prefix_avx2<k_standard>, &base64_prefix_avx512<k_standard>};
+dispatch<base64_encode_kernel> const k_base64url_encode{&base64url_encode_scalar, nullptr, &base64_encode_avx2<k_url>,
+                                                        &base64_encode_avx512<k_url>};
+dispatch<base64_decode_kernel> const k_base64url_decode{&base64url_decode_scalar, nullptr,
+                                                        &base64_decode_vector<&base64_prefix_avx2<k_url>, k_url>,
+                                                        &base64_decode_vector<&base64_prefix_avx512<k_url>, k_url>};
+dispatch<base64_prefix_kernel> const k_base64url_decode_prefix{
+    &base64_prefix_scalar, nullptr, &base64_prefix_avx2<k_url>, &base64_prefix_avx512<k_url>};
 #else
 dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar};
 dispatch<base64_decode_kernel> const k_base64_decode{&base64_decode_scalar};
+dispatch<base64_prefix_kernel> const k_base64_decode_prefix{&base64_prefix_scalar};
+dispatch<base64_encode_kernel> const k_base64url_encode{&base64url_encode_scalar};
+dispatch<base64_decode_kernel> const k_base64url_decode{&base64url_decode_scalar};
+dispatch<base64_prefix_kernel> const k_base64url_decode_prefix{&base64_prefix_scalar};
 #endif
+
+namespace {
+constexpr base64_kernels k_base64_kernels[2] = {{k_base64_encode, k_base64_decode, k_base64_decode_prefix},
+                                                {k_base64url_encode, k_base64url_decode, k_base64url_decode_prefix}};
+} // namespace
+
+base64_kernels const &base64_kernels_of(base64_alphabet a_alphabet)
+{
+    return k_base64_kernels[a_alphabet == base64_alphabet::url ? 1 : 0];
+}
 
 } // namespace internal
 } // namespace ordwel

@@ -18,22 +18,10 @@ namespace {
 
 using namespace ordwel;
 using ordwel_test::buffer_of;
+using ordwel_test::bytes_of;
 using ordwel_test::raised_at;
+using ordwel_test::random_bytes;
 using ordwel_test::text_of;
-
-unsigned char const *bytes_of(std::string const &a_text)
-{
-    return reinterpret_cast<unsigned char const *>(a_text.data());
-}
-
-std::string random_bytes(std::mt19937 &a_random, std::size_t a_size)
-{
-    std::string l_bytes(a_size, '\0');
-    for (char &l_byte : l_bytes) {
-        l_byte = static_cast<char>(a_random() & 0xff);
-    }
-    return l_bytes;
-}
 
 // RFC 4648, section 10.
 struct base64_vector {

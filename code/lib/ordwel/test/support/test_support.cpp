@@ -14,6 +14,15 @@ std::string text_of(ordwel::buffer const &a_bytes)
     return std::string(reinterpret_cast<char const *>(a_bytes.begin()), static_cast<std::size_t>(a_bytes.size()));
 }
 
+std::string random_bytes(std::mt19937 &a_random, std::size_t a_size)
+{
+    std::string l_bytes(a_size, '\0');
+    for (char &l_byte : l_bytes) {
+        l_byte = static_cast<char>(a_random() & 0xff);
+    }
+    return l_bytes;
+}
+
 } // namespace ordwel_test
 
 #include <cstdio>

@@ -3,6 +3,7 @@
 #define ORDWEL_TEST_SUPPORT_H
 
 #include <chrono>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,6 +17,13 @@ namespace ordwel_test {
 ordwel::buffer buffer_of(std::string const &a_text);
 // The bytes of a buffer as a text.
 std::string text_of(ordwel::buffer const &a_bytes);
+// The bytes of a text, for the functions that take unsigned char const *.
+inline unsigned char const *bytes_of(std::string const &a_text)
+{
+    return reinterpret_cast<unsigned char const *>(a_text.data());
+}
+// a_size bytes from a_random.
+std::string random_bytes(std::mt19937 &a_random, std::size_t a_size);
 
 // Sends the standard output to the standard error stream, so that a death test can match what a
 // dying process printed to its standard output.
