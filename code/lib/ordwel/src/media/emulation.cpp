@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "bytes/writable.h"
 #include "core/byte_scan.h"
 
 namespace ordwel {
@@ -130,16 +131,6 @@ uint64 insert_emulation(unsigned char *a_destination, unsigned char const *a_sou
 
 namespace {
 
-unsigned char *bytes_of(buffer &a_result)
-{
-    return a_result.begin();
-}
-
-unsigned char *bytes_of(std::string &a_result)
-{
-    return reinterpret_cast<unsigned char *>(&a_result[0]);
-}
-
 // What a_code (remove_emulation or insert_emulation) makes of the a_size bytes at a_bytes, in a
 // buffer or a string that holds a_room bytes to start with.
 template <typename t_result>
@@ -151,7 +142,7 @@ t_result result_of(uint64 (*a_code)(unsigned char *, unsigned char const *, uint
         return l_result;
     }
     l_result.resize(static_cast<std::size_t>(a_room));
-    l_result.resize(static_cast<std::size_t>(a_code(bytes_of(l_result), a_bytes, a_size)));
+    l_result.resize(static_cast<std::size_t>(a_code(internal::writable_bytes(l_result), a_bytes, a_size)));
     return l_result;
 }
 

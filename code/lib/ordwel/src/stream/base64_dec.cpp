@@ -7,6 +7,7 @@
 
 #include <ordwel/es.h>
 
+#include "bytes/writable.h"
 #include "core/byte_tables.h"
 #include "diag/raise.h"
 #include "stream/codec_kernels.h"
@@ -244,16 +245,6 @@ std::string string_decode_base64(unsigned char const *a_bytes, uint64 a_size, ba
 
 namespace {
 
-unsigned char *bytes_of(buffer &a_bytes)
-{
-    return a_bytes.begin();
-}
-
-unsigned char *bytes_of(std::string &a_bytes)
-{
-    return reinterpret_cast<unsigned char *>(&a_bytes[0]);
-}
-
 // Strict decoding into a buffer or a string, straight into its room: true and the bytes, or false,
 // the offset and no bytes.
 template <typename t_bytes>
@@ -265,7 +256,7 @@ bool decode_strict_into(t_bytes &a_bytes, unsigned char const *a_text, uint64 a_
     }
     a_bytes.resize(static_cast<std::size_t>((a_size + 3) / 4 * 3));
     internal::base64_strict_step const l_step = internal::base64_decode_strict_window(
-        bytes_of(a_bytes), a_text, static_cast<std::size_t>(a_size), true, a_format);
+        internal::writable_bytes(a_bytes), a_text, static_cast<std::size_t>(a_size), true, a_format);
     bool const l_valid = l_step.m_state == internal::base64_strict_step::done;
     a_offset = l_valid ? 0 : l_step.m_taken;
     a_bytes.resize(l_valid ? l_step.m_written : 0);
