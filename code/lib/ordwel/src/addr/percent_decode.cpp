@@ -73,7 +73,9 @@ std::size_t percent_decode_scalar(char *a_out, char const *a_text, std::size_t a
         decode_run(l_out, l_read, l_end - 2, l_end);
     }
     std::size_t const l_rest = static_cast<std::size_t>(l_end - l_read);
-    std::memcpy(l_out, l_read, l_rest);
+    if (l_rest != 0) {
+        std::memcpy(l_out, l_read, l_rest);
+    }
     return static_cast<std::size_t>(l_out - a_out) + l_rest;
 }
 
