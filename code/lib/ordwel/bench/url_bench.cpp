@@ -36,14 +36,15 @@ struct picker {
     }
 };
 
-char const *const k_words[] = {"media", "archive", "video", "2026",  "clip",      "render", "final", "assets",
-                               "proxy", "audio",   "v2",    "data",  "caf%C3%A9", "a%20b",  "Take", "x-y_z.1"};
+char const *const k_words[] = {"media", "archive", "video", "2026", "clip",      "render", "final", "assets",
+                               "proxy", "audio",   "v2",    "data", "caf%C3%A9", "a%20b",  "Take",  "x-y_z.1"};
 
 std::string varied_url(picker &a_pick)
 {
     char const *const l_schemes[] = {"http", "https", "smb", "ftp", "rtsp", "sftp", "s3", "file"};
-    char const *const l_hosts[] = {"example.com",   "media.example.org",  "fileserver", "192.168.10.24",
-                                   "[2001:db8::7]", "[fe80::1%25eth0]", "[::1]",      "storage-03.internal.example.net"};
+    char const *const l_hosts[] = {
+        "example.com",   "media.example.org", "fileserver", "192.168.10.24",
+        "[2001:db8::7]", "[fe80::1%25eth0]",  "[::1]",      "storage-03.internal.example.net"};
     std::string l_url = a_pick(l_schemes);
     l_url += "://";
     if (l_url[0] != 'f' || l_url[1] != 'i') {

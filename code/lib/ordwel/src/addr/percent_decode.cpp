@@ -136,10 +136,10 @@ std::size_t percent_decode_vbmi2(char *a_out, char const *a_text, std::size_t a_
         __m512i const l_one = _mm512_maskz_loadu_epi8(low_bits(l_left - 1), l_block + 1);
         __m512i const l_two = _mm512_maskz_loadu_epi8(low_bits(l_left - 2), l_block + 2);
         // Bytes from 128 on index the tables by their low seven bits; they are no digits.
-        __m512i const l_high = _mm512_maskz_permutex2var_epi8(~_mm512_movepi8_mask(l_one), l_table_low, l_one,
-                                                              l_table_high);
-        __m512i const l_low = _mm512_maskz_permutex2var_epi8(~_mm512_movepi8_mask(l_two), l_table_low, l_two,
-                                                             l_table_high);
+        __m512i const l_high =
+            _mm512_maskz_permutex2var_epi8(~_mm512_movepi8_mask(l_one), l_table_low, l_one, l_table_high);
+        __m512i const l_low =
+            _mm512_maskz_permutex2var_epi8(~_mm512_movepi8_mask(l_two), l_table_low, l_two, l_table_high);
         // Each digit is below 16, so the shift of 16-bit words moves no bit into the next byte.
         __m512i const l_value = _mm512_or_si512(_mm512_slli_epi16(l_high, 4), l_low);
         uint64 const l_escapes = _mm512_mask_test_epi8_mask(l_percents, l_value, l_value);
@@ -164,14 +164,14 @@ std::size_t percent_decode_vbmi2(char *a_out, char const *a_text, std::size_t a_
     return static_cast<std::size_t>(l_out - a_out);
 }
 
-// The AVX-512 level doesn't promise VBMI and VBMI2; without them the scalar kernel serves.
+// The AVX-512 level doesn't promise VBMI and VBMI2; without them the scalar kernel serves. The
+// answer is asked once, as the program starts: a call before that reads false and decodes with
+// the scalar kernel, which gives the same result.
+bool const k_has_vbmi2 = cpu_features_detected().m_avx512vbmi && cpu_features_detected().m_avx512vbmi2;
+
 std::size_t percent_decode_avx512(char *a_out, char const *a_text, std::size_t a_size)
 {
-    cpu_features const &l_features = cpu_features_detected();
-    if (l_features.m_avx512vbmi && l_features.m_avx512vbmi2) {
-        return percent_decode_vbmi2(a_out, a_text, a_size);
-    }
-    return percent_decode_scalar(a_out, a_text, a_size);
+    return k_has_vbmi2 ? percent_decode_vbmi2(a_out, a_text, a_size) : percent_decode_scalar(a_out, a_text, a_size);
 }
 
 #endif
@@ -179,8 +179,7 @@ std::size_t percent_decode_avx512(char *a_out, char const *a_text, std::size_t a
 } // namespace
 
 #if defined(ORDWEL_X86_KERNELS)
-dispatch<percent_decode_kernel> const k_percent_decode(percent_decode_scalar, nullptr, nullptr,
-                                                       percent_decode_avx512);
+dispatch<percent_decode_kernel> const k_percent_decode(percent_decode_scalar, nullptr, nullptr, percent_decode_avx512);
 #else
 dispatch<percent_decode_kernel> const k_percent_decode(percent_decode_scalar);
 #endif

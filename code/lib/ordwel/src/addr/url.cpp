@@ -99,13 +99,13 @@ struct first_block {
     template <unsigned t_set> size_type find(size_type a_from, size_type a_to) const
     {
         uint64 const l_bits = bits<t_set>(a_from, a_to);
-        return l_bits == 0 ? a_to : static_cast<size_type>(__builtin_ctzll(l_bits));
+        return l_bits == 0 ? a_to : internal::lowest_bit(l_bits);
     }
 
     template <unsigned t_set> size_type find_last(size_type a_from, size_type a_to) const
     {
         uint64 const l_bits = bits<t_set>(a_from, a_to);
-        return l_bits == 0 ? a_to : 63 - static_cast<size_type>(__builtin_clzll(l_bits));
+        return l_bits == 0 ? a_to : internal::highest_bit(l_bits);
     }
 
     // Whether a_at holds one of t_set (never beyond the block).
@@ -130,6 +130,17 @@ public:
     // Whether a_at holds a_byte; a_at is at most the text's length, where a string holds a NUL.
     bool is(size_type a_at, char a_byte) const { return m_data[a_at] == a_byte; }
 
+    // Whether a_at holds one of the delimiters t_set.
+    template <unsigned t_set> bool is(size_type a_at) const
+    {
+        for (unsigned l_index = 0; l_index + 1 < sizeof k_url_delimiters; ++l_index) {
+            if ((t_set >> l_index & 1) != 0 && m_data[a_at] == k_url_delimiters[l_index]) {
+                return true;
+            }
+        }
+        return false;
+    }
+
     // The first byte in [a_from, a_to) out of the delimiters t_set; a_to if none. a_to is at most
     // the text's length.
     template <unsigned t_set> size_type find(size_type a_from, size_type a_to)
@@ -142,7 +153,7 @@ public:
             uint64 l_bits = selected<t_set>(l_block) & (~uint64(0) << (a_from % 64));
             for (;;) {
                 if (l_bits != 0) {
-                    size_type const l_at = l_block * 64 + static_cast<size_type>(__builtin_ctzll(l_bits));
+                    size_type const l_at = l_block * 64 + internal::lowest_bit(l_bits);
                     return l_at < a_to ? l_at : a_to;
                 }
                 ++l_block;
@@ -181,7 +192,7 @@ public:
                 l_bits &= ~uint64(0) << (a_from % 64);
             }
             if (l_bits != 0) {
-                return l_block * 64 + 63 - static_cast<size_type>(__builtin_clzll(l_bits));
+                return l_block * 64 + internal::highest_bit(l_bits);
             }
             if (l_block == l_first) {
                 return a_to;
@@ -201,24 +212,38 @@ public:
 private:
     static constexpr size_type k_kept = 4;
 
-    // The positions of the delimiters t_set in block a_block (below k_kept). The kept blocks are
-    // made together, in one call of the kernel.
+    // The positions of the delimiters t_set in block a_block (below k_kept). The first block is
+    // made on its own, as most searches end in it; the other kept blocks together, in one call of
+    // the kernel, on the first search that reaches them.
     template <unsigned t_set> uint64 selected(size_type a_block)
     {
-        if (!m_mapped) {
-            // An empty text has no block, but the first block's searches still read its bitmaps.
-            std::memset(m_masks[0], 0, sizeof m_masks[0]);
-            m_positions(reinterpret_cast<unsigned char const *>(m_data), m_size < 64 * k_kept ? m_size : 64 * k_kept,
-                        reinterpret_cast<unsigned char const *>(k_url_delimiters), m_masks[0]);
-            m_mapped = true;
+        if (a_block >= m_mapped) {
+            map(a_block);
         }
         return union_of<t_set>(m_masks[a_block]);
+    }
+
+    void map(size_type a_block)
+    {
+        auto const *const l_bytes = reinterpret_cast<unsigned char const *>(m_data);
+        auto const *const l_delimiters = reinterpret_cast<unsigned char const *>(k_url_delimiters);
+        if (m_mapped == 0) {
+            // An empty text has no block, but the first block's searches still read its bitmaps.
+            std::memset(m_masks[0], 0, sizeof m_masks[0]);
+            m_positions(l_bytes, m_size < 64 ? m_size : 64, l_delimiters, m_masks[0]);
+            m_mapped = 1;
+        }
+        if (a_block >= 1 && m_size > 64) {
+            size_type const l_size = m_size < 64 * k_kept ? m_size : 64 * k_kept;
+            m_positions(l_bytes + 64, l_size - 64, l_delimiters, m_masks[1]);
+            m_mapped = k_kept;
+        }
     }
 
     char const *m_data;
     size_type m_size;
     internal::byte_positions m_positions;
-    bool m_mapped = false;
+    size_type m_mapped = 0; // the blocks in m_masks: none, the first, or all kept
     uint64 m_masks[k_kept][internal::k_byte_positions_count];
 };
 
@@ -331,32 +356,30 @@ struct userinfo_layout {
 
 // The last '@' ends the user information, so a user name may hold an '@' as it is ("a@b" in
 // "x://a@b@c/"); a host never holds one. The first ';' in front of it ends the logon domain, and
-// the first ':' behind the domain divides user from password, so a password may hold a ':'.
-userinfo_layout scan_userinfo(url_reader &a_reader, url_layout const &a_layout)
+// the first ':' behind the domain divides user from password, so a password may hold a ':'. An
+// '@' in front of the authority (a scheme "a@b") is not taken for the end of the user. The searches
+// run over the first block where it holds the authority (t_search is first_block), else over the
+// reader.
+template <typename t_search> userinfo_layout userinfo_in(t_search &a_search, size_type a_a, size_type a_b)
 {
     userinfo_layout l_info;
-    size_type const l_a = a_layout.m_a;
-    size_type const l_b = a_layout.m_b;
-    // An '@' in front of the authority (a scheme "a@b") is not taken for the end of the user.
-    if (l_b <= 64) {
-        first_block const l_block = a_reader.first();
-        size_type const l_u = l_block.find_last<k_at>(l_a, l_b);
-        l_info.m_has_at = l_u < l_b;
-        l_info.m_u = l_info.m_has_at ? l_u : l_a;
-        l_info.m_c = l_block.find<k_semicolon>(l_a, l_info.m_u);
-        l_info.m_has_domain = l_info.m_c < l_info.m_u;
-        l_info.m_s = l_info.m_has_domain ? l_info.m_c + 1 : l_a;
-        l_info.m_colon = l_block.find<k_colon>(l_info.m_s, l_info.m_u);
-        return l_info;
-    }
-    size_type const l_u = a_reader.find_last<k_at>(l_a, l_b);
-    l_info.m_has_at = l_u < l_b;
-    l_info.m_u = l_info.m_has_at ? l_u : l_a;
-    l_info.m_c = a_reader.find<k_semicolon>(l_a, l_info.m_u);
+    size_type const l_u = a_search.template find_last<k_at>(a_a, a_b);
+    l_info.m_has_at = l_u < a_b;
+    l_info.m_u = l_info.m_has_at ? l_u : a_a;
+    l_info.m_c = a_search.template find<k_semicolon>(a_a, l_info.m_u);
     l_info.m_has_domain = l_info.m_c < l_info.m_u;
-    l_info.m_s = l_info.m_has_domain ? l_info.m_c + 1 : l_a;
-    l_info.m_colon = a_reader.find<k_colon>(l_info.m_s, l_info.m_u);
+    l_info.m_s = l_info.m_has_domain ? l_info.m_c + 1 : a_a;
+    l_info.m_colon = a_search.template find<k_colon>(l_info.m_s, l_info.m_u);
     return l_info;
+}
+
+userinfo_layout scan_userinfo(url_reader &a_reader, url_layout const &a_layout)
+{
+    if (a_layout.m_b <= 64) {
+        first_block l_block = a_reader.first();
+        return userinfo_in(l_block, a_layout.m_a, a_layout.m_b);
+    }
+    return userinfo_in(a_reader, a_layout.m_a, a_layout.m_b);
 }
 
 // The host [m_h, m_t) and the service's ':' at m_t, if m_t is inside the authority.
@@ -369,25 +392,27 @@ struct host_layout {
 // stand inside brackets, so a '[' moves the search behind the matching ']'. The service is whatever
 // follows up to the authority's end, colons included ("x://host:1:2/" has the service "1:2"): it
 // is a port number or a service name, and never interpreted here.
+template <typename t_search> size_type host_end_in(t_search &a_search, size_type a_h, size_type a_b)
+{
+    size_type const l_t = a_search.template find<k_colon | k_open>(a_h, a_b);
+    // Behind a '[': the first ':' behind the ']', or a_b without a ']' (a search from behind a_b
+    // gives a_b). Both ways are searched and one selected, as in authority_end.
+    size_type const l_bracketed =
+        a_search.template find<k_colon>(a_search.template find<k_close>(l_t + 1, a_b) + 1, a_b);
+    return l_t < a_b && a_search.template is<k_open>(l_t) ? l_bracketed : l_t;
+}
+
 host_layout scan_host(url_reader &a_reader, url_layout const &a_layout, userinfo_layout const &a_info)
 {
     host_layout l_host;
     size_type const l_b = a_layout.m_b;
     l_host.m_h = a_info.m_has_at ? a_info.m_u + 1 : a_layout.m_a;
-    // Behind a '[': the first ':' behind the ']', or l_b without a ']' (a search from behind l_b
-    // gives l_b).
     if (l_b <= 64) {
-        first_block const l_block = a_reader.first();
-        size_type const l_t = l_block.find<k_colon | k_open>(l_host.m_h, l_b);
-        size_type const l_bracketed = l_block.find<k_colon>(l_block.find<k_close>(l_t + 1, l_b) + 1, l_b);
-        l_host.m_t = l_t < l_b && l_block.is<k_open>(l_t) ? l_bracketed : l_t;
-        return l_host;
+        first_block l_block = a_reader.first();
+        l_host.m_t = host_end_in(l_block, l_host.m_h, l_b);
+    } else {
+        l_host.m_t = host_end_in(a_reader, l_host.m_h, l_b);
     }
-    size_type l_t = a_reader.find<k_colon | k_open>(l_host.m_h, l_b);
-    if (l_t < l_b && a_reader.is(l_t, '[')) {
-        l_t = a_reader.find<k_colon>(a_reader.find<k_close>(l_t + 1, l_b) + 1, l_b);
-    }
-    l_host.m_t = l_t;
     return l_host;
 }
 

@@ -55,8 +55,7 @@ uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
     return l_positions;
 }
 
-void byte_positions_scalar(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes,
-                           uint64 *a_out)
+void byte_positions_scalar(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
 {
     for (std::size_t l_block = 0; l_block * 64 < a_size; ++l_block) {
         for (std::size_t l_byte = 0; l_byte < k_byte_positions_count; ++l_byte) {
@@ -373,8 +372,7 @@ uint64 set_positions_avx512(unsigned char const *a_block, byte_set const &a_set)
 }
 
 ORDWEL_TARGET("avx512f,avx512bw")
-void byte_positions_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes,
-                           uint64 *a_out)
+void byte_positions_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
 {
     __m512i l_bytes[k_byte_positions_count];
     for (std::size_t l_byte = 0; l_byte < k_byte_positions_count; ++l_byte) {

@@ -48,6 +48,33 @@ inline bool byte_set_has(byte_set const &a_set, unsigned char a_byte)
     return ((l_row >> ((a_byte >> 4) & 7)) & 1) != 0;
 }
 
+// The index of the lowest, of the highest set bit of a position bitmap, which isn't 0.
+inline unsigned lowest_bit(uint64 a_bits)
+{
+#if defined(__GNUC__)
+    return static_cast<unsigned>(__builtin_ctzll(a_bits));
+#else
+    unsigned l_index = 0;
+    for (; (a_bits & 1) == 0; a_bits >>= 1) {
+        ++l_index;
+    }
+    return l_index;
+#endif
+}
+
+inline unsigned highest_bit(uint64 a_bits)
+{
+#if defined(__GNUC__)
+    return 63 - static_cast<unsigned>(__builtin_clzll(a_bits));
+#else
+    unsigned l_index = 63;
+    for (; (a_bits >> 63) == 0; a_bits <<= 1) {
+        --l_index;
+    }
+    return l_index;
+#endif
+}
+
 // The offset of the first byte of a_data[0, a_size) that is in a_set; a_size when there is none.
 using set_find = std::size_t (*)(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set);
 extern dispatch<set_find> const k_set_find;

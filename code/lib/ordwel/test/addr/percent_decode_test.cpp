@@ -27,8 +27,9 @@ std::string decoded_by_loop(std::string const &a_text)
     };
     std::string l_out;
     for (std::size_t l_at = 0; l_at < a_text.size(); ++l_at) {
-        unsigned const l_value =
-            a_text[l_at] == '%' && l_at + 2 < a_text.size() ? 16 * l_hex(a_text[l_at + 1]) + l_hex(a_text[l_at + 2]) : 0;
+        unsigned const l_value = a_text[l_at] == '%' && l_at + 2 < a_text.size()
+                                     ? 16 * l_hex(a_text[l_at + 1]) + l_hex(a_text[l_at + 2])
+                                     : 0;
         l_out.push_back(l_value != 0 ? static_cast<char>(l_value) : a_text[l_at]);
         l_at += l_value != 0 ? 2 : 0;
     }
