@@ -33,7 +33,7 @@ struct plid_layout {
 plid_layout scan_plid(std::string const &a_plid)
 {
     plid_layout l_layout;
-    url_scan::front const l_front = url_scan::front_of(a_plid.data(), a_plid.size());
+    url_scan::front const l_front = url_scan::front_of(a_plid);
     l_layout.m_s = l_front.m_s;
     l_layout.m_e = l_front.m_e;
     size_type l_from = l_front.m_s;

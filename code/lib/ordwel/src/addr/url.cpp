@@ -6,7 +6,9 @@
 #include <ordwel/path.h>
 #include <ordwel/strutil.h>
 
+#include "addr/percent_decode.h"
 #include "addr/url_scan.h"
+#include "core/byte_scan.h"
 #include "core/byte_tables.h"
 
 namespace ordwel {
@@ -29,16 +31,6 @@ size_type find_byte(char const *a_data, char a_byte, size_type a_from, size_type
     return l_found == nullptr ? a_to : static_cast<size_type>(static_cast<char const *>(l_found) - a_data);
 }
 
-size_type find_last_byte(char const *a_data, char a_byte, size_type a_from, size_type a_to, size_type a_none)
-{
-    for (size_type l_iter = a_to; l_iter > a_from; --l_iter) {
-        if (a_data[l_iter - 1] == a_byte) {
-            return l_iter - 1;
-        }
-    }
-    return a_none;
-}
-
 size_type find_either(char const *a_data, size_type a_from, size_type a_to, char a_first, char a_second)
 {
     for (size_type l_iter = a_from; l_iter < a_to; ++l_iter) {
@@ -49,36 +41,220 @@ size_type find_either(char const *a_data, size_type a_from, size_type a_to, char
     return a_to;
 }
 
-// A byte set as a table: one load per byte instead of a compare per member.
-template <char... t_set> struct byte_set {
-    bool m_member[256];
+// The bytes that delimit the parts of a URL. A search names a subset of them as a mask: bit i
+// stands for k_url_delimiters[i].
+constexpr char k_url_delimiters[] = "#:/@?[];";
 
-    constexpr byte_set() : m_member()
-    {
-        for (char const l_byte : {t_set...}) {
-            m_member[static_cast<unsigned char>(l_byte)] = true;
-        }
-    }
+enum delimiter : unsigned {
+    k_hash = 1,
+    k_colon = 2,
+    k_slash = 4,
+    k_at = 8,
+    k_question = 16,
+    k_open = 32,
+    k_close = 64,
+    k_semicolon = 128,
 };
 
-template <char... t_set> constexpr byte_set<t_set...> k_byte_set{};
+static_assert(sizeof k_url_delimiters - 1 == internal::k_byte_positions_count, "one bitmap for each delimiter");
 
-template <char... t_set> size_type find_any(char const *a_data, size_type a_from, size_type a_to)
+constexpr internal::byte_set subset_of(unsigned a_set)
 {
-    bool const *const l_member = k_byte_set<t_set...>.m_member;
-    for (size_type l_iter = a_from; l_iter < a_to; ++l_iter) {
-        if (l_member[static_cast<unsigned char>(a_data[l_iter])]) {
-            return l_iter;
+    char l_members[sizeof k_url_delimiters] = {};
+    std::size_t l_count = 0;
+    for (unsigned l_index = 0; l_index + 1 < sizeof k_url_delimiters; ++l_index) {
+        if ((a_set >> l_index & 1) != 0) {
+            l_members[l_count++] = k_url_delimiters[l_index];
         }
     }
-    return a_to;
+    return internal::byte_set_of(l_members, l_count);
 }
 
+template <unsigned t_set> constexpr internal::byte_set k_subset = subset_of(t_set);
+
+// The positions of the delimiters t_set, from the bitmaps of each delimiter: a few ORs, as the set
+// is a constant.
+template <unsigned t_set> uint64 union_of(uint64 const *a_masks)
+{
+    return ((t_set & 1) != 0 ? a_masks[0] : 0) | ((t_set & 2) != 0 ? a_masks[1] : 0) |
+           ((t_set & 4) != 0 ? a_masks[2] : 0) | ((t_set & 8) != 0 ? a_masks[3] : 0) |
+           ((t_set & 16) != 0 ? a_masks[4] : 0) | ((t_set & 32) != 0 ? a_masks[5] : 0) |
+           ((t_set & 64) != 0 ? a_masks[6] : 0) | ((t_set & 128) != 0 ? a_masks[7] : 0);
+}
+
+// The delimiter bitmaps of a text's first 64 bytes. Its searches take the bits of a range and the
+// lowest or highest of them, without a branch: whether a URL holds an '@', a ';' or brackets varies
+// from URL to URL, which a branch predictor can't learn.
+struct first_block {
+    uint64 const *m_masks;
+
+    // The positions of the delimiters t_set in [a_from, a_to); both may lie beyond the block.
+    template <unsigned t_set> uint64 bits(size_type a_from, size_type a_to) const
+    {
+        uint64 const l_from = a_from < 64 ? ~uint64(0) << a_from : 0;
+        return union_of<t_set>(m_masks) & l_from & (a_to < 64 ? (uint64(1) << a_to) - 1 : ~uint64(0));
+    }
+
+    // The first, the last of t_set in [a_from, a_to); a_to if none.
+    template <unsigned t_set> size_type find(size_type a_from, size_type a_to) const
+    {
+        uint64 const l_bits = bits<t_set>(a_from, a_to);
+        return l_bits == 0 ? a_to : internal::lowest_bit(l_bits);
+    }
+
+    template <unsigned t_set> size_type find_last(size_type a_from, size_type a_to) const
+    {
+        uint64 const l_bits = bits<t_set>(a_from, a_to);
+        return l_bits == 0 ? a_to : internal::highest_bit(l_bits);
+    }
+
+    // Whether a_at holds one of t_set (never beyond the block).
+    template <unsigned t_set> bool is(size_type a_at) const { return bits<t_set>(a_at, a_at + 1) != 0; }
+};
+
+// A URL's text with a map of its delimiters, which every search of one getter or setter shares:
+// for each 64-byte block, a bitmap of the positions of each delimiter, made by the vector kernel on
+// first use. A search ORs the bitmaps of the delimiters it asks for and takes the lowest bit, so it
+// costs the same whether the text in between is long or short, holds many delimiters or none. The
+// bitmaps of the first blocks are kept, as every search starts there or near; a search that runs
+// farther (a long path) hands the rest to the vector set search.
+class url_reader {
+public:
+    explicit url_reader(std::string const &a_url)
+        : m_data(a_url.data()), m_size(a_url.size()), m_positions(internal::k_byte_positions.get())
+    {
+    }
+
+    size_type size() const { return m_size; }
+
+    // Whether a_at holds a_byte; a_at is at most the text's length, where a string holds a NUL.
+    bool is(size_type a_at, char a_byte) const { return m_data[a_at] == a_byte; }
+
+    // Whether a_at holds one of the delimiters t_set.
+    template <unsigned t_set> bool is(size_type a_at) const
+    {
+        for (unsigned l_index = 0; l_index + 1 < sizeof k_url_delimiters; ++l_index) {
+            if ((t_set >> l_index & 1) != 0 && m_data[a_at] == k_url_delimiters[l_index]) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // The first byte in [a_from, a_to) out of the delimiters t_set; a_to if none. a_to is at most
+    // the text's length.
+    template <unsigned t_set> size_type find(size_type a_from, size_type a_to)
+    {
+        if (a_from >= a_to) {
+            return a_to;
+        }
+        size_type l_block = a_from / 64;
+        if (l_block < k_kept) {
+            uint64 l_bits = selected<t_set>(l_block) & (~uint64(0) << (a_from % 64));
+            for (;;) {
+                if (l_bits != 0) {
+                    size_type const l_at = l_block * 64 + internal::lowest_bit(l_bits);
+                    return l_at < a_to ? l_at : a_to;
+                }
+                ++l_block;
+                if (l_block * 64 >= a_to) {
+                    return a_to;
+                }
+                if (l_block == k_kept) {
+                    break;
+                }
+                l_bits = selected<t_set>(l_block);
+            }
+            a_from = l_block * 64;
+        }
+        return a_from + internal::k_set_find.get()(reinterpret_cast<unsigned char const *>(m_data) + a_from,
+                                                   a_to - a_from, k_subset<t_set>);
+    }
+
+    // The last byte in [a_from, a_to) out of t_set; a_to if none.
+    template <unsigned t_set> size_type find_last(size_type a_from, size_type a_to)
+    {
+        if (a_from >= a_to) {
+            return a_to;
+        }
+        size_type l_block = (a_to - 1) / 64;
+        size_type const l_first = a_from / 64;
+        if (l_block >= k_kept) {
+            size_type l_last = a_to;
+            for (size_type l_at = find<t_set>(a_from, a_to); l_at < a_to; l_at = find<t_set>(l_at + 1, a_to)) {
+                l_last = l_at;
+            }
+            return l_last;
+        }
+        uint64 l_bits = selected<t_set>(l_block) & (~uint64(0) >> (63 - (a_to - 1) % 64));
+        for (;;) {
+            if (l_block == l_first) {
+                l_bits &= ~uint64(0) << (a_from % 64);
+            }
+            if (l_bits != 0) {
+                return l_block * 64 + internal::highest_bit(l_bits);
+            }
+            if (l_block == l_first) {
+                return a_to;
+            }
+            --l_block;
+            l_bits = selected<t_set>(l_block);
+        }
+    }
+
+    // The bitmaps of the first 64 bytes, for searches that stay inside them.
+    first_block first()
+    {
+        selected<0>(0);
+        return first_block{m_masks[0]};
+    }
+
+private:
+    static constexpr size_type k_kept = 4;
+
+    // The positions of the delimiters t_set in block a_block (below k_kept). The first block is
+    // made on its own, as most searches end in it; the other kept blocks together, in one call of
+    // the kernel, on the first search that reaches them.
+    template <unsigned t_set> uint64 selected(size_type a_block)
+    {
+        if (a_block >= m_mapped) {
+            map(a_block);
+        }
+        return union_of<t_set>(m_masks[a_block]);
+    }
+
+    void map(size_type a_block)
+    {
+        auto const *const l_bytes = reinterpret_cast<unsigned char const *>(m_data);
+        auto const *const l_delimiters = reinterpret_cast<unsigned char const *>(k_url_delimiters);
+        if (m_mapped == 0) {
+            // An empty text has no block, but the first block's searches still read its bitmaps.
+            std::memset(m_masks[0], 0, sizeof m_masks[0]);
+            m_positions(l_bytes, m_size < 64 ? m_size : 64, l_delimiters, m_masks[0]);
+            m_mapped = 1;
+        }
+        if (a_block >= 1 && m_size > 64) {
+            size_type const l_size = m_size < 64 * k_kept ? m_size : 64 * k_kept;
+            m_positions(l_bytes + 64, l_size - 64, l_delimiters, m_masks[1]);
+            m_mapped = k_kept;
+        }
+    }
+
+    char const *m_data;
+    size_type m_size;
+    internal::byte_positions m_positions;
+    size_type m_mapped = 0; // the blocks in m_masks: none, the first, or all kept
+    uint64 m_masks[k_kept][internal::k_byte_positions_count];
+};
+
 // --- The scan -----------------------------------------------------------------------------------
+// A search for a delimiter in front of the fragment asks for the '#' as well: the first '#' found
+// is the fragment's (the scan never starts behind it), and where it comes first the part runs up
+// to the fragment. So the getters never look for the fragment's start unless they need it.
 
 // Where the parts of a URL lie. The path starts where the authority ends (m_b).
 struct url_layout {
-    size_type m_e = 0;         // the first '#', or the text's length
+    size_type m_e = 0;         // the first '#', or the text's length (only where scan() made it)
     size_type m_d = 0;         // the scheme's ':', if m_has_scheme
     bool m_has_scheme = false; //
     size_type m_s = 0;         // where the text behind the scheme begins
@@ -86,18 +262,14 @@ struct url_layout {
     size_type m_b = 0;         // end of the authority, start of the path
 };
 
-// The fragment's start and the scheme: whatever stands in front of the first ':', unless a '/' or
-// '#' comes first. A '/' first makes the text a relative path with a colon in one of its segments
-// ("dir/a:b"); a '#' first makes the colon fragment text. Nothing else is asked of a scheme, so a
-// drive letter ("C:/dir") reads as one: a caller that means a platform path converts it first.
-// The fragment is found before everything else because it ends every other part: no delimiter
-// behind the first '#' counts.
-void scan_scheme(char const *a_data, size_type a_size, url_layout &a_layout)
+// The scheme: whatever stands in front of the first ':', unless a '/' or '#' comes first. A '/'
+// first makes the text a relative path with a colon in one of its segments ("dir/a:b"); a '#'
+// first makes the colon fragment text. Nothing else is asked of a scheme, so a drive letter
+// ("C:/dir") reads as one: a caller that means a platform path converts it first.
+void scan_scheme(url_reader &a_reader, url_layout &a_layout)
 {
-    size_type const l_e = find_byte(a_data, '#', 0, a_size);
-    a_layout.m_e = l_e;
-    size_type const l_d = find_any<':', '/'>(a_data, 0, l_e);
-    if (l_d < l_e && a_data[l_d] == ':') {
+    size_type const l_d = a_reader.find<k_colon | k_slash | k_hash>(0, a_reader.size());
+    if (a_reader.is(l_d, ':')) {
         a_layout.m_has_scheme = true;
         a_layout.m_d = l_d;
         a_layout.m_s = l_d + 1;
@@ -111,37 +283,64 @@ void scan_scheme(char const *a_data, size_type a_size, url_layout &a_layout)
 // to tell params from host text, so it is host text ("x://host;p" has the host "host;p"). Brackets
 // hide the colons of an IPv6 address; an unclosed '[' runs to the fragment. Nothing behind the '#'
 // counts: a delimiter that is found only there leaves the authority running up to the fragment.
-size_type authority_end(char const *a_data, size_type a_a, size_type a_e)
+//
+// Where the first 64 bytes decide, the steps are taken both ways and selected. A step that finds
+// nothing in them gives 64, and so does every step behind it; in a text they hold whole, that
+// means the text's end.
+size_type authority_end(url_reader &a_reader, size_type a_a)
 {
-    size_type l_x = find_any<'@', '/', '?', '['>(a_data, a_a, a_e);
+    size_type const l_size = a_reader.size();
+    if (a_a < 64) {
+        first_block const l_block = a_reader.first();
+        size_type const l_first = l_block.find<k_at | k_slash | k_question | k_open | k_hash>(a_a, 64);
+        size_type const l_x = l_block.is<k_at>(l_first)
+                                  ? l_block.find<k_slash | k_semicolon | k_question | k_open | k_hash>(l_first + 1, 64)
+                                  : l_first;
+        size_type const l_close = l_block.find<k_close | k_hash>(l_x + 1, 64);
+        size_type const l_bracketed = l_block.is<k_close>(l_close)
+                                          ? l_block.find<k_slash | k_semicolon | k_question | k_hash>(l_close + 1, 64)
+                                          : l_close;
+        size_type const l_end = l_block.is<k_open>(l_x) ? l_bracketed : l_x;
+        if (l_end < 64 || l_size <= 64) {
+            return l_end < l_size ? l_end : l_size;
+        }
+    }
+    size_type l_x = a_reader.find<k_at | k_slash | k_question | k_open | k_hash>(a_a, l_size);
     // Behind the first '@' a further '@' is no delimiter of the authority: which '@' ends the user
     // information is for scan_userinfo to say (the last one).
-    if (l_x < a_e && a_data[l_x] == '@') {
-        l_x = find_any<'/', ';', '?', '['>(a_data, l_x + 1, a_e);
+    if (a_reader.is(l_x, '@')) {
+        l_x = a_reader.find<k_slash | k_semicolon | k_question | k_open | k_hash>(l_x + 1, l_size);
     }
-    if (l_x < a_e && a_data[l_x] == '[') {
-        l_x = find_byte(a_data, ']', l_x + 1, a_e);
-        if (l_x < a_e) {
-            l_x = find_any<'/', ';', '?'>(a_data, l_x + 1, a_e);
+    if (a_reader.is(l_x, '[')) {
+        l_x = a_reader.find<k_close | k_hash>(l_x + 1, l_size);
+        if (a_reader.is(l_x, ']')) {
+            l_x = a_reader.find<k_slash | k_semicolon | k_question | k_hash>(l_x + 1, l_size);
         }
     }
     return l_x;
 }
 
-// The authority needs the "//": without it the text behind the scheme is a path, whatever it
-// holds ("mailto:user@host" has no user).
-url_layout scan(char const *a_data, size_type a_size)
+// The scheme and the authority. The authority needs the "//": without it the text behind the
+// scheme is a path, whatever it holds ("mailto:user@host" has no user).
+url_layout scan_front(url_reader &a_reader)
 {
     url_layout l_layout;
-    scan_scheme(a_data, a_size, l_layout);
-    size_type const l_e = l_layout.m_e;
+    scan_scheme(a_reader, l_layout);
     size_type const l_s = l_layout.m_s;
-    if (l_s + 2 > l_e || a_data[l_s] != '/' || a_data[l_s + 1] != '/') {
+    if (!a_reader.is(l_s, '/') || !a_reader.is(l_s + 1, '/')) {
         l_layout.m_a = l_layout.m_b = l_s;
         return l_layout;
     }
     l_layout.m_a = l_s + 2;
-    l_layout.m_b = authority_end(a_data, l_layout.m_a, l_e);
+    l_layout.m_b = authority_end(a_reader, l_layout.m_a);
+    return l_layout;
+}
+
+// scan_front and the fragment's start, which no delimiter in front of m_b is.
+url_layout scan(url_reader &a_reader)
+{
+    url_layout l_layout = scan_front(a_reader);
+    l_layout.m_e = a_reader.find<k_hash>(l_layout.m_b, a_reader.size());
     return l_layout;
 }
 
@@ -157,21 +356,30 @@ struct userinfo_layout {
 
 // The last '@' ends the user information, so a user name may hold an '@' as it is ("a@b" in
 // "x://a@b@c/"); a host never holds one. The first ';' in front of it ends the logon domain, and
-// the first ':' behind the domain divides user from password, so a password may hold a ':'.
-userinfo_layout scan_userinfo(char const *a_data, url_layout const &a_layout)
+// the first ':' behind the domain divides user from password, so a password may hold a ':'. An
+// '@' in front of the authority (a scheme "a@b") is not taken for the end of the user. The searches
+// run over the first block where it holds the authority (t_search is first_block), else over the
+// reader.
+template <typename t_search> userinfo_layout userinfo_in(t_search &a_search, size_type a_a, size_type a_b)
 {
     userinfo_layout l_info;
-    // An '@' in front of the authority (a scheme "a@b") is not taken for the end of the user.
-    l_info.m_u = find_last_byte(a_data, '@', a_layout.m_a, a_layout.m_b, a_layout.m_b);
-    l_info.m_has_at = l_info.m_u < a_layout.m_b;
-    if (!l_info.m_has_at) {
-        l_info.m_u = a_layout.m_a;
-    }
-    l_info.m_c = find_byte(a_data, ';', a_layout.m_a, l_info.m_u);
+    size_type const l_u = a_search.template find_last<k_at>(a_a, a_b);
+    l_info.m_has_at = l_u < a_b;
+    l_info.m_u = l_info.m_has_at ? l_u : a_a;
+    l_info.m_c = a_search.template find<k_semicolon>(a_a, l_info.m_u);
     l_info.m_has_domain = l_info.m_c < l_info.m_u;
-    l_info.m_s = l_info.m_has_domain ? l_info.m_c + 1 : a_layout.m_a;
-    l_info.m_colon = find_byte(a_data, ':', l_info.m_s, l_info.m_u);
+    l_info.m_s = l_info.m_has_domain ? l_info.m_c + 1 : a_a;
+    l_info.m_colon = a_search.template find<k_colon>(l_info.m_s, l_info.m_u);
     return l_info;
+}
+
+userinfo_layout scan_userinfo(url_reader &a_reader, url_layout const &a_layout)
+{
+    if (a_layout.m_b <= 64) {
+        first_block l_block = a_reader.first();
+        return userinfo_in(l_block, a_layout.m_a, a_layout.m_b);
+    }
+    return userinfo_in(a_reader, a_layout.m_a, a_layout.m_b);
 }
 
 // The host [m_h, m_t) and the service's ':' at m_t, if m_t is inside the authority.
@@ -184,46 +392,55 @@ struct host_layout {
 // stand inside brackets, so a '[' moves the search behind the matching ']'. The service is whatever
 // follows up to the authority's end, colons included ("x://host:1:2/" has the service "1:2"): it
 // is a port number or a service name, and never interpreted here.
-host_layout scan_host(char const *a_data, url_layout const &a_layout, userinfo_layout const &a_info)
+template <typename t_search> size_type host_end_in(t_search &a_search, size_type a_h, size_type a_b)
+{
+    size_type const l_t = a_search.template find<k_colon | k_open>(a_h, a_b);
+    // Behind a '[': the first ':' behind the ']', or a_b without a ']' (a search from behind a_b
+    // gives a_b). Both ways are searched and one selected, as in authority_end.
+    size_type const l_bracketed =
+        a_search.template find<k_colon>(a_search.template find<k_close>(l_t + 1, a_b) + 1, a_b);
+    return l_t < a_b && a_search.template is<k_open>(l_t) ? l_bracketed : l_t;
+}
+
+host_layout scan_host(url_reader &a_reader, url_layout const &a_layout, userinfo_layout const &a_info)
 {
     host_layout l_host;
     size_type const l_b = a_layout.m_b;
     l_host.m_h = a_info.m_has_at ? a_info.m_u + 1 : a_layout.m_a;
-    size_type l_t = find_any<':', '['>(a_data, l_host.m_h, l_b);
-    if (l_t < l_b && a_data[l_t] == '[') {
-        l_t = find_byte(a_data, ']', l_t + 1, l_b);
-        if (l_t < l_b) {
-            l_t = find_byte(a_data, ':', l_t + 1, l_b);
-        }
+    if (l_b <= 64) {
+        first_block l_block = a_reader.first();
+        l_host.m_t = host_end_in(l_block, l_host.m_h, l_b);
+    } else {
+        l_host.m_t = host_end_in(a_reader, l_host.m_h, l_b);
     }
-    l_host.m_t = l_t;
     return l_host;
 }
 
-// The parts behind the authority, all ending at or before m_e.
+// The parts behind the authority, all ending at or before the fragment.
 struct tail_layout {
-    size_type m_path_end = 0;  // the first ';' or '?' behind the path's start, or m_e
-    size_type m_q = 0;         // the first '?' behind the path's start, or m_e
+    size_type m_path_end = 0;  // the first ';' or '?' behind the path's start, or the fragment's '#'
+    size_type m_q = 0;         // the first '?' behind the path's start, or the fragment's '#'
     size_type m_semicolon = 0; // the ';' in front of the params, or m_q without params
 };
 
 // The path ends at its first ';' or '?'. The params run from that ';' to the first '?', so a ';'
 // behind the '?' is query text ("x://h/p;a=1?b;c"), and a '?' or ';' inside the query or a '#'
 // inside the fragment is text of that part: only the first of each delimiter counts.
-tail_layout scan_tail(char const *a_data, url_layout const &a_layout)
+tail_layout scan_tail(url_reader &a_reader, url_layout const &a_layout)
 {
     tail_layout l_tail;
-    size_type const l_p = a_layout.m_b;
-    l_tail.m_path_end = find_any<';', '?'>(a_data, l_p, a_layout.m_e);
-    l_tail.m_q = find_byte(a_data, '?', l_tail.m_path_end, a_layout.m_e);
-    l_tail.m_semicolon = find_byte(a_data, ';', l_tail.m_path_end, l_tail.m_q);
+    size_type const l_size = a_reader.size();
+    l_tail.m_path_end = a_reader.find<k_semicolon | k_question | k_hash>(a_layout.m_b, l_size);
+    // With params the query starts behind them; otherwise where the path ends.
+    l_tail.m_q = l_tail.m_path_end;
+    if (a_reader.is(l_tail.m_path_end, ';')) {
+        l_tail.m_q = a_reader.find<k_question | k_hash>(l_tail.m_path_end + 1, l_size);
+    }
+    l_tail.m_semicolon = l_tail.m_path_end;
     return l_tail;
 }
 
 // --- Coding -------------------------------------------------------------------------------------
-
-// A foreign character counts as the digit 0, so that "%zz" (value 0) stays as it is.
-constexpr internal::byte_table k_hex_value = internal::hex_value_table(0);
 
 struct coding_tables {
     bool m_keep[256];
@@ -248,42 +465,19 @@ struct coding_tables {
 constexpr coding_tables k_coding;
 using internal::k_hex_digits_lower;
 
-// One pass byte by byte: in encoded text '%' is frequent, and a search call per '%' costs more
-// than the plain loop.
-void append_decoded(std::string &a_out, char const *a_data, size_type a_size)
+// The decoded text of [a_data, a_data + a_size). A short text decodes into a buffer on the stack
+// and is copied once into a string of its decoded length; a long one decodes in place.
+std::string decoded(char const *a_data, size_type a_size)
 {
-    if (a_size <= 2) {
-        a_out.append(a_data, a_size);
-        return;
+    internal::percent_decode_kernel const l_decode = internal::k_percent_decode.get();
+    constexpr size_type k_stack = 256;
+    if (a_size <= k_stack) {
+        char l_buffer[k_stack];
+        return std::string(l_buffer, l_decode(l_buffer, a_data, a_size));
     }
-    size_type const l_start = a_out.size();
-    a_out.resize(l_start + a_size);
-    char *const l_begin = &a_out[0] + l_start;
-    char *l_out = l_begin;
-    char const *l_read = a_data;
-    char const *const l_last = a_data + a_size - 2; // a '%' from here on has no two bytes behind it
-    char const *const l_end = a_data + a_size;
-    while (l_read < l_last) {
-        char const l_byte = *l_read;
-        if (l_byte != '%') {
-            *l_out++ = l_byte;
-            ++l_read;
-            continue;
-        }
-        unsigned int const l_value = 16u * k_hex_value[static_cast<unsigned char>(l_read[1])] +
-                                     k_hex_value[static_cast<unsigned char>(l_read[2])];
-        if (l_value != 0) {
-            *l_out++ = static_cast<char>(l_value);
-            l_read += 3;
-        } else {
-            *l_out++ = '%';
-            ++l_read;
-        }
-    }
-    while (l_read < l_end) {
-        *l_out++ = *l_read++;
-    }
-    a_out.resize(l_start + static_cast<size_type>(l_out - l_begin));
+    std::string l_result(a_size, '\0');
+    l_result.resize(l_decode(&l_result[0], a_data, a_size));
+    return l_result;
 }
 
 std::string stretch(std::string const &a_url, size_type a_from, size_type a_to, bool a_decode)
@@ -294,9 +488,7 @@ std::string stretch(std::string const &a_url, size_type a_from, size_type a_to, 
     if (!a_decode) {
         return a_url.substr(a_from, a_to - a_from);
     }
-    std::string l_result;
-    append_decoded(l_result, a_url.data() + a_from, a_to - a_from);
-    return l_result;
+    return decoded(a_url.data() + a_from, a_to - a_from);
 }
 
 std::string encoded(std::string const &a_value, bool a_encode, bool a_slash)
@@ -346,11 +538,7 @@ void add_pairs(kvmap &a_out, std::string const &a_component, bool a_decode, char
     }
     for_each_pair(a_component.data(), a_component.size(), a_pair, a_kv,
                   [&](char const *a_key, size_type a_key_size, char const *a_value, size_type a_value_size) {
-                      std::string l_key;
-                      std::string l_value;
-                      append_decoded(l_key, a_key, a_key_size);
-                      append_decoded(l_value, a_value, a_value_size);
-                      a_out[std::move(l_key)] = std::move(l_value);
+                      a_out[decoded(a_key, a_key_size)] = decoded(a_value, a_value_size);
                   });
 }
 
@@ -436,18 +624,24 @@ std::string &set_delimited(std::string &a_url, size_type a_from, size_type a_to,
 
 } // namespace
 
-url_scan::front url_scan::front_of(char const *a_data, std::string::size_type a_size)
+url_scan::front url_scan::front_of(std::string const &a_text)
 {
+    url_reader l_reader(a_text);
     url_layout l_layout;
-    scan_scheme(a_data, a_size, l_layout);
-    return front{l_layout.m_e, l_layout.m_s};
+    scan_scheme(l_reader, l_layout);
+    size_type const l_e = find_byte(a_text.data(), '#', l_layout.m_s, a_text.size());
+    return front{l_e, l_layout.m_s};
 }
 
 // --- Reading ------------------------------------------------------------------------------------
+// Each getter scans only as far as its part needs: the parts of the authority never look behind
+// it, and only the query and the fragment look for the fragment's start.
 
 std::string uri_scheme(std::string const &a_url)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout l_layout;
+    scan_scheme(l_reader, l_layout);
     return l_layout.m_has_scheme ? a_url.substr(0, l_layout.m_d) : std::string();
 }
 
@@ -458,34 +652,40 @@ std::string url_scheme(std::string const &a_url)
 
 std::string uri_scheme_specific(std::string const &a_url)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout l_layout;
+    scan_scheme(l_reader, l_layout);
     return a_url.substr(l_layout.m_s);
 }
 
 std::string url_authority(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
     return stretch(a_url, l_layout.m_a, l_layout.m_b, a_decode);
 }
 
 std::string url_domain(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    userinfo_layout const l_info = scan_userinfo(l_reader, l_layout);
     return l_info.m_has_domain ? stretch(a_url, l_layout.m_a, l_info.m_c, a_decode) : std::string();
 }
 
 std::string url_user(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    userinfo_layout const l_info = scan_userinfo(l_reader, l_layout);
     return stretch(a_url, l_info.m_s, l_info.m_colon, a_decode);
 }
 
 std::string url_password(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    userinfo_layout const l_info = scan_userinfo(l_reader, l_layout);
     return l_info.m_colon < l_info.m_u ? stretch(a_url, l_info.m_colon + 1, l_info.m_u, a_decode) : std::string();
 }
 
@@ -493,8 +693,9 @@ std::string url_password(std::string const &a_url, bool a_decode)
 std::string url_host(std::string const &a_url)
 {
     char const *const l_data = a_url.data();
-    url_layout const l_layout = scan(l_data, a_url.size());
-    host_layout const l_host = scan_host(l_data, l_layout, scan_userinfo(l_data, l_layout));
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    host_layout const l_host = scan_host(l_reader, l_layout, scan_userinfo(l_reader, l_layout));
     // The brackets of an IPv6 address go, unless there is nothing but brackets.
     size_type l_from = l_host.m_h;
     size_type l_to = l_host.m_t;
@@ -513,32 +714,37 @@ std::string url_host(std::string const &a_url)
 
 std::string url_service(std::string const &a_url, bool a_decode)
 {
-    char const *const l_data = a_url.data();
-    url_layout const l_layout = scan(l_data, a_url.size());
-    host_layout const l_host = scan_host(l_data, l_layout, scan_userinfo(l_data, l_layout));
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    host_layout const l_host = scan_host(l_reader, l_layout, scan_userinfo(l_reader, l_layout));
     return l_host.m_t < l_layout.m_b ? stretch(a_url, l_host.m_t + 1, l_layout.m_b, a_decode) : std::string();
 }
 
 std::string url_path(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    size_type const l_end = find_any<';', '?'>(a_url.data(), l_layout.m_b, l_layout.m_e);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    size_type const l_end = l_reader.find<k_semicolon | k_question | k_hash>(l_layout.m_b, a_url.size());
     return stretch(a_url, l_layout.m_b, l_end, a_decode);
 }
 
 std::string url_params(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    tail_layout const l_tail = scan_tail(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    tail_layout const l_tail = scan_tail(l_reader, scan_front(l_reader));
     return l_tail.m_semicolon < l_tail.m_q ? stretch(a_url, l_tail.m_semicolon + 1, l_tail.m_q, a_decode)
                                            : std::string();
 }
 
 std::string url_query(std::string const &a_url, bool a_decode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    size_type const l_q = find_byte(a_url.data(), '?', l_layout.m_b, l_layout.m_e);
-    return l_q < l_layout.m_e ? stretch(a_url, l_q + 1, l_layout.m_e, a_decode) : std::string();
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan_front(l_reader);
+    size_type const l_q = l_reader.find<k_question | k_hash>(l_layout.m_b, a_url.size());
+    if (!l_reader.is(l_q, '?')) {
+        return std::string();
+    }
+    return stretch(a_url, l_q + 1, find_byte(a_url.data(), '#', l_q + 1, a_url.size()), a_decode);
 }
 
 std::string url_fragment(std::string const &a_url, bool a_decode)
@@ -618,9 +824,7 @@ std::string url_encode(std::string const &a_text, bool a_slash)
 
 std::string url_decode(std::string const &a_text)
 {
-    std::string l_result;
-    append_decoded(l_result, a_text.data(), a_text.size());
-    return l_result;
+    return decoded(a_text.data(), a_text.size());
 }
 
 std::string url_protected_output(std::string const &a_url)
@@ -645,7 +849,8 @@ std::pair<std::string, std::string> split_scheme(std::string const &a_text, char
 // The whole authority goes or is replaced; its "//" goes with it or comes with a new one.
 std::string &url_set_authority(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
     size_type const l_a = l_layout.m_a;
     size_type const l_b = l_layout.m_b;
     if (a_value.empty()) {
@@ -665,8 +870,9 @@ std::string &url_set_authority(std::string &a_url, std::string const &a_value, b
 
 std::string &url_set_domain(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    userinfo_layout const l_info = scan_userinfo(l_reader, l_layout);
     size_type const l_a = l_layout.m_a;
     if (a_value.empty()) {
         // The domain and its ';'; the '@' stays for the user information that may follow.
@@ -702,8 +908,9 @@ std::string &url_set_domain(std::string &a_url, std::string const &a_value, bool
 
 std::string &url_set_user(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    userinfo_layout const l_info = scan_userinfo(l_reader, l_layout);
     size_type const l_s = l_info.m_s;
     size_type const l_end = l_info.m_colon;
     if (a_value.empty()) {
@@ -746,8 +953,9 @@ std::string &url_set_user(std::string &a_url, std::string const &a_value, bool a
 
 std::string &url_set_password(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    userinfo_layout const l_info = scan_userinfo(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    userinfo_layout const l_info = scan_userinfo(l_reader, l_layout);
     size_type const l_u = l_info.m_u;
     bool const l_has_password = l_info.m_colon < l_u;
     size_type const l_p = l_has_password ? l_info.m_colon + 1 : l_u;
@@ -788,8 +996,9 @@ std::string &url_set_password(std::string &a_url, std::string const &a_value, bo
 // brackets, without which its first ':' would start the service.
 std::string &url_set_host(std::string &a_url, std::string const &a_value)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    host_layout const l_host = scan_host(a_url.data(), l_layout, scan_userinfo(a_url.data(), l_layout));
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    host_layout const l_host = scan_host(l_reader, l_layout, scan_userinfo(l_reader, l_layout));
     size_type const l_h = l_host.m_h;
     size_type const l_end = l_host.m_t;
     if (a_value.empty()) {
@@ -820,8 +1029,9 @@ std::string &url_set_host(std::string &a_url, std::string const &a_value)
 // The service stands behind the host's ':', which comes and goes with it.
 std::string &url_set_service(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    host_layout const l_host = scan_host(a_url.data(), l_layout, scan_userinfo(a_url.data(), l_layout));
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    host_layout const l_host = scan_host(l_reader, l_layout, scan_userinfo(l_reader, l_layout));
     size_type const l_b = l_layout.m_b;
     bool const l_has_service = l_host.m_t < l_b;
     size_type const l_v = l_has_service ? l_host.m_t + 1 : l_b;
@@ -856,9 +1066,10 @@ std::string &url_set_service(std::string &a_url, std::string const &a_value, boo
 
 std::string &url_set_path(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
     size_type const l_p = l_layout.m_b;
-    size_type const l_end = find_any<';', '?'>(a_url.data(), l_p, l_layout.m_e);
+    size_type const l_end = l_reader.find<k_semicolon | k_question>(l_p, l_layout.m_e);
     std::string const l_value = encoded(a_value, a_encode, false);
     a_url.replace(l_p, l_end - l_p, l_value);
     // Behind an authority a path is rooted, or its first segment would read as part of the
@@ -874,8 +1085,9 @@ std::string &url_set_path(std::string &a_url, std::string const &a_value, bool a
 // read back as host text, since there a ';' is no delimiter; the scan of the authority says why.
 std::string &url_set_params(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    tail_layout const l_tail = scan_tail(a_url.data(), l_layout);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    tail_layout const l_tail = scan_tail(l_reader, l_layout);
     bool const l_present = l_tail.m_semicolon < l_tail.m_q;
     return set_delimited(a_url, l_present ? l_tail.m_semicolon + 1 : l_tail.m_q, l_tail.m_q, l_present, ';', a_value,
                          a_encode);
@@ -885,8 +1097,9 @@ std::string &url_set_params(std::string &a_url, std::string const &a_value, bool
 // right in front of the fragment.
 std::string &url_set_query(std::string &a_url, std::string const &a_value, bool a_encode)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
-    size_type const l_q = find_byte(a_url.data(), '?', l_layout.m_b, l_layout.m_e);
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
+    size_type const l_q = l_reader.find<k_question>(l_layout.m_b, l_layout.m_e);
     bool const l_present = l_q < l_layout.m_e;
     return set_delimited(a_url, l_present ? l_q + 1 : l_layout.m_e, l_layout.m_e, l_present, '?', a_value, a_encode);
 }
@@ -925,7 +1138,8 @@ std::string &url_set_fragment(std::string &a_url, kvmap const &a_values, bool a_
 // serves.
 std::string &uri_set_scheme(std::string &a_url, std::string const &a_value)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
     if (a_value.empty()) {
         if (l_layout.m_has_scheme) {
             a_url.erase(0, l_layout.m_d + 1);
@@ -949,7 +1163,8 @@ std::string &url_set_scheme(std::string &a_url, std::string const &a_value)
 
 std::string &uri_set_scheme_specific(std::string &a_url, std::string const &a_value)
 {
-    url_layout const l_layout = scan(a_url.data(), a_url.size());
+    url_reader l_reader(a_url);
+    url_layout const l_layout = scan(l_reader);
     size_type const l_keep = l_layout.m_has_scheme && l_layout.m_d != 0 ? l_layout.m_s : 0;
     a_url.replace(l_keep, std::string::npos, a_value);
     return a_url;

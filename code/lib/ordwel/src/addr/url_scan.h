@@ -14,7 +14,7 @@ struct front {
     std::string::size_type m_s;
 };
 
-front front_of(char const *a_data, std::string::size_type a_size);
+front front_of(std::string const &a_text);
 
 } // namespace url_scan
 } // namespace ordwel

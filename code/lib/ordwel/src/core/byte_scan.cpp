@@ -55,6 +55,19 @@ uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
     return l_positions;
 }
 
+void byte_positions_scalar(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
+{
+    for (std::size_t l_block = 0; l_block * 64 < a_size; ++l_block) {
+        for (std::size_t l_byte = 0; l_byte < k_byte_positions_count; ++l_byte) {
+            uint64 l_positions = 0;
+            for (std::size_t l_index = 0; l_index < 64 && l_block * 64 + l_index < a_size; ++l_index) {
+                l_positions |= static_cast<uint64>(a_data[l_block * 64 + l_index] == a_bytes[l_byte]) << l_index;
+            }
+            a_out[l_block * k_byte_positions_count + l_byte] = l_positions;
+        }
+    }
+}
+
 #if defined(ORDWEL_X86_KERNELS)
 
 // The bit that a byte's high nibble h selects in a row of the set's tables: 1 << (h & 7).
@@ -280,6 +293,28 @@ uint64 set_positions_avx2(unsigned char const *a_block, byte_set const &a_set)
     return l_low | (l_high << 32);
 }
 
+// A short last block is copied into one of 64 bytes first, so that no load reads beyond the data;
+// the bits of the copy's padding are cleared.
+ORDWEL_TARGET("avx2")
+void byte_positions_avx2(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
+{
+    for (std::size_t l_at = 0; l_at < a_size; l_at += 64) {
+        alignas(32) unsigned char l_padded[64] = {};
+        unsigned char const *l_block = a_data + l_at;
+        uint64 l_valid = ~uint64(0);
+        if (a_size - l_at < 64) {
+            std::memcpy(l_padded, l_block, a_size - l_at);
+            l_block = l_padded;
+            l_valid = (uint64(1) << (a_size - l_at)) - 1;
+        }
+        __m256i const l_low = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_block));
+        __m256i const l_high = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(l_block + 32));
+        for (std::size_t l_byte = 0; l_byte < k_byte_positions_count; ++l_byte) {
+            *a_out++ = equal_mask_avx2(l_low, l_high, _mm256_set1_epi8(static_cast<char>(a_bytes[l_byte]))) & l_valid;
+        }
+    }
+}
+
 // ---- AVX-512 (F and BW): 64 bytes a step; the last, short step loads under a mask, which reads
 // nothing beyond the data.
 
@@ -409,30 +444,38 @@ uint64 set_positions_avx512(unsigned char const *a_block, byte_set const &a_set)
     return set_mask_avx512(_mm512_loadu_si512(a_block), set_tables_avx512_of(a_set));
 }
 
+ORDWEL_TARGET("avx512f,avx512bw")
+void byte_positions_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
+{
+    __m512i l_bytes[k_byte_positions_count];
+    for (std::size_t l_byte = 0; l_byte < k_byte_positions_count; ++l_byte) {
+        l_bytes[l_byte] = _mm512_set1_epi8(static_cast<char>(a_bytes[l_byte]));
+    }
+    for (std::size_t l_at = 0; l_at < a_size; l_at += 64) {
+        __mmask64 const l_valid = a_size - l_at >= 64 ? ~__mmask64(0) : (uint64(1) << (a_size - l_at)) - 1;
+        __m512i const l_block = _mm512_maskz_loadu_epi8(l_valid, a_data + l_at);
+        for (std::size_t l_byte = 0; l_byte < k_byte_positions_count; ++l_byte) {
+            *a_out++ = _mm512_mask_cmpeq_epi8_mask(l_valid, l_block, l_bytes[l_byte]);
+        }
+    }
+}
+
 #endif
 
 } // namespace
-
-byte_set byte_set_of(unsigned char const *a_bytes, std::size_t a_count)
-{
-    byte_set l_set{};
-    for (std::size_t l_index = 0; l_index < a_count; ++l_index) {
-        unsigned char const l_byte = a_bytes[l_index];
-        unsigned char *const l_rows = l_byte < 0x80 ? l_set.m_low : l_set.m_high;
-        l_rows[l_byte & 15] = static_cast<unsigned char>(l_rows[l_byte & 15] | (1U << ((l_byte >> 4) & 7)));
-    }
-    return l_set;
-}
 
 #if defined(ORDWEL_X86_KERNELS)
 dispatch<triple_find> const k_triple_find(triple_find_scalar, triple_find_sse41, triple_find_avx2, triple_find_avx512);
 dispatch<set_find> const k_set_find(set_find_scalar, set_find_sse41, set_find_avx2, set_find_avx512);
 dispatch<set_positions> const k_set_positions(set_positions_scalar, set_positions_sse41, set_positions_avx2,
                                               set_positions_avx512);
+dispatch<byte_positions> const k_byte_positions(byte_positions_scalar, nullptr, byte_positions_avx2,
+                                                byte_positions_avx512);
 #else
 dispatch<triple_find> const k_triple_find(triple_find_scalar);
 dispatch<set_find> const k_set_find(set_find_scalar);
 dispatch<set_positions> const k_set_positions(set_positions_scalar);
+dispatch<byte_positions> const k_byte_positions(byte_positions_scalar);
 #endif
 
 } // namespace internal

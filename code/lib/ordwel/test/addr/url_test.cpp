@@ -82,6 +82,44 @@ TEST(url, getters_divide_the_text)
     }
 }
 
+// The getters read the first 64 bytes of a text in one way, longer stretches in another, and the
+// first 256 bytes differently from the rest. Each '*' of a row stands for a run of 'x' of one
+// length, from none to far beyond 256 bytes, in the text and in the parts alike: every part ends
+// where it ended, wherever its delimiters come to lie.
+TEST(url, getters_divide_the_text_wherever_the_delimiters_lie)
+{
+    struct row {
+        char const *text;
+        parts expected;
+    } const l_rows[] = {
+        {"s*://d*;u*:p*@[::*]:8*/a*;b*?q*#f*",
+         {"s*", "d*;u*:p*@[::*]:8*", "d*", "u*", "p*", "::*", "8*", "/a*", "b*", "q*", "f*"}},
+        {"s://u*@h*;p*/q", {"s", "u*@h*", "", "u*", "", "h*", "", "", "p*/q"}},
+        {"s://h*;p*/q*#", {"s", "h*;p*", "", "", "", "h*;p*", "", "/q*"}},
+        {"s://a*@b*@[c*/d*:e", {"s", "a*@b*@[c*/d*:e", "", "a*@b*", "", "c*/d*:e"}},
+        {"s://[:*#]*/@", {"s", "[:*", "", "", "", ":*", "", "", "", "", "]*/@"}},
+        {"s://h*#a/b", {"s", "h*", "", "", "", "h*", "", "", "", "", "a/b"}},
+        {"p*/a:b@c", {"", "", "", "", "", "", "", "p*/a:b@c"}},
+        {"s:x*//h", {"s", "", "", "", "", "", "", "x*//h"}},
+    };
+    auto const l_padded = [](std::string a_text, std::size_t a_run) {
+        for (std::size_t l_at = a_text.find('*'); l_at != std::string::npos; l_at = a_text.find('*', l_at + a_run)) {
+            a_text.replace(l_at, 1, std::string(a_run, 'x'));
+        }
+        return a_text;
+    };
+    for (row const &l_row : l_rows) {
+        for (std::size_t l_run = 0; l_run < 300; l_run += l_run < 70 ? 1 : 7) {
+            parts l_expected;
+            for (std::size_t l_part = 0; l_part < l_expected.size(); ++l_part) {
+                l_expected[l_part] = l_padded(l_row.expected[l_part], l_run);
+            }
+            std::string const l_text = l_padded(l_row.text, l_run);
+            ASSERT_EQ(parts_of(l_text), l_expected) << l_text;
+        }
+    }
+}
+
 TEST(url, scheme_specific_part_keeps_the_fragment)
 {
     struct row {

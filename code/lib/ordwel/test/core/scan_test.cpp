@@ -159,4 +159,29 @@ TEST(scan, set_positions_agree_with_a_loop)
     }
 }
 
+// Lengths 0 to 300 (each its own allocation, so that a read beyond shows under AddressSanitizer),
+// bytes drawn from the eight asked for and a few others, 0 among both.
+TEST(scan, byte_positions_agree_with_a_loop)
+{
+    std::mt19937 l_random(8);
+    unsigned char const l_bytes[internal::k_byte_positions_count] = {'#', ':', '/', '@', 0, 0xff, ';', '/'};
+    for (std::size_t l_size = 0; l_size <= 300; ++l_size) {
+        std::vector<unsigned char> l_data(l_size);
+        for (unsigned char &l_byte : l_data) {
+            l_byte = l_random() % 2 == 0 ? l_bytes[l_random() % 8] : static_cast<unsigned char>(l_random() % 4);
+        }
+        std::vector<uint64> l_expected((l_size + 63) / 64 * 8, 0);
+        for (std::size_t l_at = 0; l_at < l_size; ++l_at) {
+            for (std::size_t l_byte = 0; l_byte < 8; ++l_byte) {
+                l_expected[l_at / 64 * 8 + l_byte] |= uint64(l_data[l_at] == l_bytes[l_byte]) << (l_at % 64);
+            }
+        }
+        for (simd_level const l_level : levels_here()) {
+            std::vector<uint64> l_out(l_expected.size(), 0x5a5a);
+            internal::k_byte_positions.for_level(l_level)(l_data.data(), l_size, l_bytes, l_out.data());
+            ASSERT_EQ(l_out, l_expected) << "level " << static_cast<unsigned>(l_level) << ", size " << l_size;
+        }
+    }
+}
+
 } // namespace
