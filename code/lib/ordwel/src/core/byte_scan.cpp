@@ -45,16 +45,6 @@ std::size_t set_find_scalar(unsigned char const *a_data, std::size_t a_size, byt
     }
     return a_size;
 }
-
-uint64 set_positions_scalar(unsigned char const *a_block, byte_set const &a_set)
-{
-    uint64 l_positions = 0;
-    for (unsigned l_index = 0; l_index < 64; ++l_index) {
-        l_positions |= static_cast<uint64>(byte_set_has(a_set, a_block[l_index])) << l_index;
-    }
-    return l_positions;
-}
-
 void byte_positions_scalar(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
 {
     for (std::size_t l_block = 0; l_block * 64 < a_size; ++l_block) {
@@ -152,18 +142,6 @@ std::size_t set_find_sse41(unsigned char const *a_data, std::size_t a_size, byte
         }
     }
     return l_index + set_find_scalar(a_data + l_index, a_size - l_index, a_set);
-}
-
-ORDWEL_TARGET("ssse3,sse4.1")
-uint64 set_positions_sse41(unsigned char const *a_block, byte_set const &a_set)
-{
-    uint64 l_positions = 0;
-    for (unsigned l_quarter = 0; l_quarter < 4; ++l_quarter) {
-        uint64 const l_mask =
-            set_mask_sse41(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_block + 16 * l_quarter)), a_set);
-        l_positions |= l_mask << (16 * l_quarter);
-    }
-    return l_positions;
 }
 
 // ---- AVX2: 32 bytes a load.
@@ -282,15 +260,6 @@ std::size_t set_find_avx2(unsigned char const *a_data, std::size_t a_size, byte_
         }
     }
     return l_index + set_find_scalar(a_data + l_index, a_size - l_index, a_set);
-}
-
-ORDWEL_TARGET("avx2")
-uint64 set_positions_avx2(unsigned char const *a_block, byte_set const &a_set)
-{
-    set_tables_avx2 const l_tables = set_tables_avx2_of(a_set);
-    uint64 const l_low = set_mask_avx2(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_block)), l_tables);
-    uint64 const l_high = set_mask_avx2(_mm256_loadu_si256(reinterpret_cast<__m256i const *>(a_block + 32)), l_tables);
-    return l_low | (l_high << 32);
 }
 
 // A short last block is copied into one of 64 bytes first, so that no load reads beyond the data;
@@ -439,12 +408,6 @@ std::size_t set_find_avx512(unsigned char const *a_data, std::size_t a_size, byt
 }
 
 ORDWEL_TARGET("avx512f,avx512bw")
-uint64 set_positions_avx512(unsigned char const *a_block, byte_set const &a_set)
-{
-    return set_mask_avx512(_mm512_loadu_si512(a_block), set_tables_avx512_of(a_set));
-}
-
-ORDWEL_TARGET("avx512f,avx512bw")
 void byte_positions_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char const *a_bytes, uint64 *a_out)
 {
     __m512i l_bytes[k_byte_positions_count];
@@ -467,14 +430,11 @@ void byte_positions_avx512(unsigned char const *a_data, std::size_t a_size, unsi
 #if defined(ORDWEL_X86_KERNELS)
 dispatch<triple_find> const k_triple_find(triple_find_scalar, triple_find_sse41, triple_find_avx2, triple_find_avx512);
 dispatch<set_find> const k_set_find(set_find_scalar, set_find_sse41, set_find_avx2, set_find_avx512);
-dispatch<set_positions> const k_set_positions(set_positions_scalar, set_positions_sse41, set_positions_avx2,
-                                              set_positions_avx512);
 dispatch<byte_positions> const k_byte_positions(byte_positions_scalar, nullptr, byte_positions_avx2,
                                                 byte_positions_avx512);
 #else
 dispatch<triple_find> const k_triple_find(triple_find_scalar);
 dispatch<set_find> const k_set_find(set_find_scalar);
-dispatch<set_positions> const k_set_positions(set_positions_scalar);
 dispatch<byte_positions> const k_byte_positions(byte_positions_scalar);
 #endif
 

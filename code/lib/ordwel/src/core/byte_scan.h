@@ -79,10 +79,6 @@ inline unsigned highest_bit(uint64 a_bits)
 using set_find = std::size_t (*)(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set);
 extern dispatch<set_find> const k_set_find;
 
-// Bit i set where a_block[i], of the 64 bytes at a_block, is in a_set.
-using set_positions = uint64 (*)(unsigned char const *a_block, byte_set const &a_set);
-extern dispatch<set_positions> const k_set_positions;
-
 // The positions of eight bytes at once, each for itself, in 64-byte blocks: bit i of
 // a_out[8 b + j] is set where a_data[64 b + i] is a_bytes[j]. a_out has room for eight words for
 // each block begun by the a_size bytes; no byte beyond them is read.

@@ -133,32 +133,6 @@ TEST(scan, set_find_at_every_position_of_every_length)
     }
 }
 
-TEST(scan, set_positions_agree_with_a_loop)
-{
-    std::mt19937 l_random(64);
-    for (std::string const &l_members : sets()) {
-        internal::byte_set const l_set =
-            internal::byte_set_of(reinterpret_cast<unsigned char const *>(l_members.data()), l_members.size());
-        for (int l_round = 0; l_round < 200; ++l_round) {
-            unsigned char l_block[64];
-            uint64 l_expected = 0;
-            for (unsigned l_index = 0; l_index < 64; ++l_index) {
-                // Half of the bytes from the set.
-                l_block[l_index] = l_random() % 2 == 0
-                                       ? static_cast<unsigned char>(l_random())
-                                       : static_cast<unsigned char>(l_members[l_random() % l_members.size()]);
-                if (l_members.find(static_cast<char>(l_block[l_index])) != std::string::npos) {
-                    l_expected |= uint64(1) << l_index;
-                }
-            }
-            for (simd_level const l_level : levels_here()) {
-                ASSERT_EQ(internal::k_set_positions.for_level(l_level)(l_block, l_set), l_expected)
-                    << "level " << static_cast<unsigned>(l_level);
-            }
-        }
-    }
-}
-
 // Lengths 0 to 300 (each its own allocation, so that a read beyond shows under AddressSanitizer),
 // bytes drawn from the eight asked for and a few others, 0 among both.
 TEST(scan, byte_positions_agree_with_a_loop)
