@@ -176,6 +176,15 @@ def ratio(a_ordwel, a_peer):
     return l_peer / l_ordwel
 
 
+def throughput(a_ordwel):
+    """ordwel's own figure, in the unit its counter gives: bytes or items a second, else time a run."""
+    if "bytes_per_second" in a_ordwel:
+        return f"{a_ordwel['bytes_per_second'] / 1e9:.2f} GB/s"
+    if "items_per_second" in a_ordwel:
+        return f"{a_ordwel['items_per_second'] / 1e6:.2f} M/s"
+    return f"{a_ordwel['real_time']:.3g} {a_ordwel['time_unit']}"
+
+
 def machine():
     l_model = platform.processor() or platform.machine()
     try:
@@ -193,9 +202,9 @@ def table(a_rows, a_args):
     l_lines = [BEGIN, "",
                f"Machine: {machine()}. Date: {datetime.date.today().isoformat()}. "
                f"Median of {a_args.repetitions} repetitions, `--benchmark_min_time={a_args.min_time}`.",
-               "", "| Program | Work | Peer | Ratio |", "|---|---|---|---|"]
-    for l_program, l_work, l_peer, l_value in a_rows:
-        l_lines.append(f"| {l_program} | {l_work} | {l_peer} | {l_value:.2f} |")
+               "", "| Program | Work | ordwel | Peer | Ratio |", "|---|---|---|---|---|"]
+    for l_program, l_work, l_peer, l_value, l_figure in a_rows:
+        l_lines.append(f"| {l_program} | {l_work} | {l_figure} | {l_peer} | {l_value:.2f} |")
     l_lines += ["", END]
     return "\n".join(l_lines)
 
@@ -229,7 +238,7 @@ def main():
                 continue
             l_value = ratio(l_medians[l_ours], l_medians[l_theirs])
             print(f"   {l_work} vs {l_peer}: {l_value:.2f}", file=sys.stderr)
-            l_rows.append((l_program, l_work, l_peer, l_value))
+            l_rows.append((l_program, l_work, l_peer, l_value, throughput(l_medians[l_ours])))
 
     l_table = table(l_rows, l_args)
     if l_args.no_write:
