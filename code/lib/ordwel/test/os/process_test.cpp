@@ -314,6 +314,19 @@ TEST(process, terminate_resumes_and_kills_a_paused_child)
     ASSERT_TRUE(l_recorder.wait_finished());
 }
 
+TEST(process, destroying_the_object_leaves_the_child_and_the_monitor_quiet)
+{
+    recorder l_recorder;
+    {
+        process l_child("gone", child_program(), {"sleep", "100", "out", "late"}, {}, "", "", process_capture,
+                        &l_recorder);
+    }
+    // The child runs on and writes, but the status object, which the owner may have freed, hears
+    // nothing of it: neither output nor the end.
+    EXPECT_FALSE(l_recorder.wait_output("late", milliseconds(500)));
+    EXPECT_FALSE(l_recorder.wait_finished(milliseconds(200)));
+}
+
 // A status object that ends the process from its own callback, on the monitor thread.
 class self_deleting : public process::status {
 public:
