@@ -196,6 +196,9 @@ void ordwel_network_decode_varied(benchmark::State &a_state)
                 break;
             }
         }
+        benchmark::DoNotOptimize(l_u8);
+        benchmark::DoNotOptimize(l_u16);
+        benchmark::DoNotOptimize(l_u32);
         benchmark::DoNotOptimize(l_u64);
         benchmark::DoNotOptimize(l_text.data());
         benchmark::DoNotOptimize(l_bytes.begin());

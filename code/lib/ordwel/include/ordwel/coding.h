@@ -83,8 +83,9 @@ class ORDWEL_API decoder_network {
 public:
     /// Attaches at offset 0; the content stays.
     explicit decoder_network(buffer &a_buffer) : m_buffer(&a_buffer), m_offset(0) {}
-    /// Leaves the buffer as it is.
-    ~decoder_network();
+    /// Leaves the buffer as it is. Inline, so that a decoder on the stack never has its address
+    /// taken and its offset can stay in a register across the copies of a decode loop.
+    ~decoder_network() = default;
 
     /// Attaches another buffer at offset 0.
     void set(buffer &a_buffer)
@@ -104,10 +105,7 @@ public:
     [[nodiscard]] uint32 size() const { return static_cast<uint32>(m_buffer->size()); }
     /// The bytes behind the read position, in 32 bits. A buffer shortened under the read position
     /// by someone else has nothing left.
-    [[nodiscard]] uint32 left() const
-    {
-        return m_offset <= m_buffer->size() ? static_cast<uint32>(m_buffer->size()) - static_cast<uint32>(m_offset) : 0;
-    }
+    [[nodiscard]] uint32 left() const { return left_of(m_buffer->size(), m_offset); }
     /// Whether a_count bytes are left behind the read position.
     [[nodiscard]] bool have(uint32 a_count) const { return left() >= a_count; }
 
@@ -134,11 +132,13 @@ public:
     /// position, which stays.
     [[nodiscard]] unsigned char const *here(uint64 a_size, uint64 a_offset) const
     {
-        uint32 const l_left = left();
+        buffer const &l_buffer = *m_buffer;
+        uint64 const l_offset = m_offset;
+        uint32 const l_left = left_of(l_buffer.size(), l_offset);
         if (a_offset > l_left || a_size > l_left - a_offset) {
             raise_offset_out_of_range();
         }
-        return m_buffer->begin() + m_offset + a_offset;
+        return l_buffer.begin() + l_offset + a_offset;
     }
     /// As here, and the read position moves to the end of that range.
     unsigned char const *advance(uint64 a_size, uint64 a_offset)
@@ -162,17 +162,20 @@ public:
     /// than 4 bytes left nothing moves; with too few bytes behind the length it has been consumed.
     unsigned char const *advance_sized(uint32 &a_length)
     {
-        uint32 const l_left = left();
+        // The buffer's size, start and the offset are loaded once for the whole item.
+        buffer const &l_buffer = *m_buffer;
+        uint64 const l_offset = m_offset;
+        uint32 const l_left = left_of(l_buffer.size(), l_offset);
         if (l_left < 4) {
             raise_offset_out_of_range();
         }
-        unsigned char const *const l_length_bytes = m_buffer->begin() + m_offset;
+        unsigned char const *const l_length_bytes = l_buffer.begin() + l_offset;
         uint32 const l_length = internal::load_be<uint32>(l_length_bytes);
-        m_offset += 4;
         if (l_length > l_left - 4) {
+            m_offset = l_offset + 4;
             raise_offset_out_of_range();
         }
-        m_offset += l_length;
+        m_offset = l_offset + 4 + l_length;
         a_length = l_length;
         return l_length_bytes + 4;
     }
@@ -186,6 +189,13 @@ public:
     void normalize();
 
 private:
+    // left() of a size and an offset: their difference in 32 bits (the low 32 bits of the 64-bit
+    // difference), or 0 for an offset beyond the size.
+    static uint32 left_of(uint64 a_size, uint64 a_offset)
+    {
+        return a_offset <= a_size ? static_cast<uint32>(a_size - a_offset) : 0;
+    }
+
     [[noreturn]] static void raise_offset_out_of_range();
     [[noreturn]] static void raise_skip_past_end();
 
@@ -352,10 +362,12 @@ inline void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder)
     if (l_length == 0) {
         return;
     }
-    // A destination of the item's size takes the bytes straight; one that is the decoder's own
-    // buffer, or of another size, goes through assign.
-    if (l_length == a_bytes.size() && a_bytes.begin() != a_decoder.begin()) {
-        coding_detail::copy_item(a_bytes.begin(), l_bytes, l_length);
+    // A destination whose block holds the item takes the bytes without a call: emptied, then
+    // appended to (a move, as the block may be the decoder's own). A larger item goes through
+    // assign, which grows the block. Either way the result is assign's.
+    if (l_length <= a_bytes.capacity()) {
+        a_bytes.clear();
+        a_bytes.append(l_bytes, l_length);
     } else {
         a_bytes.assign(l_bytes, l_bytes + l_length);
     }
@@ -368,15 +380,19 @@ inline void string_decode_network(std::string &a_text, decoder_network &a_decode
     if (l_length == 0) {
         return;
     }
-    // A string that is no shorter than the item is shortened in place and takes the bytes
-    // straight; a longer item goes through assign, which grows the string.
+    // A string that is no shorter than the item is cut in place (erase to the end, which is
+    // inline) and takes the bytes straight. A longer item that fits the string's capacity is
+    // appended to the emptied string, a cheaper call than assign; only a larger one needs assign,
+    // which grows the string.
+    auto const *const l_chars = reinterpret_cast<char const *>(l_bytes);
     if (l_length <= a_text.size()) {
-        if (l_length != a_text.size()) {
-            a_text.resize(l_length);
-        }
-        coding_detail::copy_item(&a_text[0], l_bytes, l_length);
+        a_text.erase(l_length);
+        coding_detail::copy_item(&a_text[0], l_chars, l_length);
+    } else if (l_length <= a_text.capacity()) {
+        a_text.clear();
+        a_text.append(l_chars, l_length);
     } else {
-        a_text.assign(reinterpret_cast<char const *>(l_bytes), l_length);
+        a_text.assign(l_chars, l_length);
     }
 }
 ///@}

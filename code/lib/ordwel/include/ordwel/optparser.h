@@ -4,6 +4,7 @@
 
 #include <deque>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ namespace ordwel {
 namespace arg {
 
 class optparser;
+/// The option table in the form that optparser::parse looks options up in; private to the parser.
+struct opt_lookup;
 
 /// The application's side of a command line: optparser::parse calls operator() once for each option
 /// (with the words collected for it) and once for each word of no option (id 1, that word alone).
@@ -40,6 +43,8 @@ public:
 
 private:
     friend class optparser;
+    /// The option table in the form that optparser::parse looks options up in; private to the parser.
+    struct opt_lookup;
     int m_stopped_at;
 };
 
@@ -160,6 +165,8 @@ private:
 
     opt_functor *m_functor;
     opts m_opts;
+    /// Built from m_opts by the first parse that needs it; dropped whenever m_opts changes.
+    std::unique_ptr<opt_lookup> m_lookup;
     /// Words made from --name=v1,v2 forms; a deque, so the words already handed out never move.
     /// Cleared when an outermost parse starts: a parse called from a callback keeps its caller's.
     std::deque<std::string> m_split_words;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <ordwel/optparser.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include <ordwel/strutil.h>
@@ -63,6 +65,8 @@ public:
     word_line(char const *const *a_argv, unsigned int a_argc) : m_words(a_argv), m_size(a_argc), m_copy() {}
 
     char const *operator[](std::size_t a_index) const { return m_words[a_index]; }
+    // The place of a word, so that a run of words can be handed on as a range; a_index may be size().
+    char const *const *at(std::size_t a_index) const { return m_words + a_index; }
     std::size_t size() const { return m_size; }
 
     void replace(std::size_t a_index, std::vector<char const *> const &a_words)
@@ -84,19 +88,54 @@ private:
 
 using opts = optparser::opts;
 using opt = optparser::opt;
+using entry = opts::value_type;
 
-// The option of a long name; opts's end when none has it.
-opts::const_iterator find_long_opt(opts const &a_opts, char const *a_name)
-{
-    for (opts::const_iterator l_iter = a_opts.begin(); l_iter != a_opts.end(); ++l_iter) {
-        char const *const l_name = l_iter->second.m_name;
-        // The first letters are compared on the spot; most names differ there.
-        if (l_name != nullptr && l_name[0] == a_name[0] && std::strcmp(l_name, a_name) == 0) {
-            return l_iter;
+} // namespace
+
+// The table in the form the scan reads it, built from the map when a parse first needs it and
+// dropped whenever the map changes (add_opt, assignment), so a callback that edits the table is
+// seen from the next step on. The scan keeps no pointer into it across a callback.
+struct opt_lookup {
+    // An option with a long name, its first letter copied beside it: most names differ there.
+    struct named {
+        char m_first;
+        char const *m_name;
+        entry const *m_entry;
+    };
+    // The options with a long name, in id order, so the first of equal names wins as in the map.
+    std::vector<named> m_named;
+    // The option of each short letter. A letter is a signed char widened to int, so the ids -128 to
+    // 127 are reachable, each at the index of its byte.
+    entry const *m_letters[256];
+
+    explicit opt_lookup(opts const &a_opts) : m_named(), m_letters()
+    {
+        for (entry const &l_entry : a_opts) {
+            if (l_entry.second.m_name != nullptr) {
+                m_named.push_back({l_entry.second.m_name[0], l_entry.second.m_name, &l_entry});
+            }
+            if (l_entry.first >= -128 && l_entry.first <= 127) {
+                m_letters[static_cast<unsigned char>(static_cast<signed char>(l_entry.first))] = &l_entry;
+            }
         }
     }
-    return a_opts.end();
-}
+
+    // The option of a long name (the whole text compared), or null.
+    entry const *find_long(char const *a_name) const
+    {
+        for (named const &l_named : m_named) {
+            if (l_named.m_first == a_name[0] && std::strcmp(l_named.m_name, a_name) == 0) {
+                return l_named.m_entry;
+            }
+        }
+        return nullptr;
+    }
+
+    // The option of a short letter, or null.
+    entry const *find_letter(char a_letter) const { return m_letters[static_cast<unsigned char>(a_letter)]; }
+};
+
+namespace {
 
 // How a step of the scan leaves it: on with the next word, or over for one of three reasons.
 enum class scan_step { next_word, ended, stopped, failed };
@@ -106,9 +145,10 @@ enum class scan_step { next_word, ended, stopped, failed };
 // and are read anew at every step, as a callback may change them.
 class option_scan {
 public:
-    option_scan(opt_functor *const &a_functor, opts const &a_opts, std::deque<std::string> &a_split_words,
-                char const *const *a_argv, unsigned int a_argc)
-        : m_functor(a_functor), m_opts(a_opts), m_split_words(a_split_words), m_line(a_argv, a_argc), m_stopped_by(0)
+    option_scan(opt_functor *const &a_functor, opts const &a_opts, std::unique_ptr<opt_lookup> &a_lookup,
+                std::deque<std::string> &a_split_words, char const *const *a_argv, unsigned int a_argc)
+        : m_functor(a_functor), m_opts(a_opts), m_lookup(a_lookup), m_split_words(a_split_words),
+          m_line(a_argv, a_argc), m_stopped_by(0)
     {
     }
 
@@ -127,25 +167,31 @@ public:
     int stopped_by() const { return m_stopped_by; }
 
 private:
+    // The table's lookup form, rebuilt here when a change of the table has dropped it.
+    opt_lookup const &lookup()
+    {
+        if (m_lookup == nullptr) {
+            m_lookup.reset(new opt_lookup(m_opts));
+        }
+        return *m_lookup;
+    }
+
     // Sorts the word at a_index: a word of no option, a lone "-" (skipped), "--", a long option or
     // a cluster of short ones.
     scan_step word(unsigned int &a_index)
     {
-        char const *const l_word = m_line[a_index];
-        if (l_word == nullptr) {
+        char const *const *const l_word = m_line.at(a_index);
+        if (*l_word == nullptr) {
             return scan_step::next_word;
         }
-        if (l_word[0] != '-') {
-            return call(k_word_id, std::vector<char const *>(1, l_word)) == -1 ? stop(k_word_id) : scan_step::next_word;
+        if ((*l_word)[0] != '-') {
+            return call(k_word_id, l_word, l_word + 1) == -1 ? stop(k_word_id) : scan_step::next_word;
         }
-        if (l_word[1] == '\0') {
+        if ((*l_word)[1] == '\0') {
             return scan_step::next_word;
         }
-        if (l_word[1] == '-' && l_word[2] == '\0') {
-            return end_of_options(a_index);
-        }
-        if (l_word[1] == '-') {
-            return long_option(a_index);
+        if ((*l_word)[1] == '-') {
+            return (*l_word)[2] == '\0' ? end_of_options(a_index) : long_option(a_index);
         }
         return short_cluster(a_index);
     }
@@ -155,7 +201,7 @@ private:
     {
         for (std::size_t l_rest = a_index; l_rest < m_line.size(); ++l_rest) {
             if (m_line[l_rest] != nullptr) {
-                call(k_word_id, std::vector<char const *>(1, m_line[l_rest]));
+                call(k_word_id, m_line.at(l_rest), m_line.at(l_rest) + 1);
             }
         }
         return scan_step::ended;
@@ -165,35 +211,38 @@ private:
     scan_step long_option(unsigned int &a_index)
     {
         char const *const l_name = m_line[a_index] + 2;
-        opts::const_iterator l_opt = find_long_opt(m_opts, l_name);
-        if (l_opt == m_opts.end()) {
+        entry const *l_opt = lookup().find_long(l_name);
+        if (l_opt == nullptr) {
             l_opt = split_equals_form(a_index, l_name);
-            if (l_opt == m_opts.end()) {
+            if (l_opt == nullptr) {
                 return scan_step::failed;
             }
         }
-        std::vector<char const *> l_args;
-        if (!collect(a_index + 1, l_opt->second, l_args)) {
+        std::size_t const l_count = count_values(a_index + 1, l_opt->second.m_max);
+        if (l_count < l_opt->second.m_min) {
             std::fprintf(stderr, "*** too few arguments for option `%s'\n", l_opt->second.m_name);
             return scan_step::failed;
         }
-        return call_and_advance(l_opt->first, std::move(l_args), a_index, 0);
+        // The id is read before the call: a callback may replace the table and free its entries.
+        int const l_id = l_opt->first;
+        char const *const *const l_first = m_line.at(a_index + 1);
+        return advance(l_id, call(l_id, l_first, l_first + l_count), a_index, 0);
     }
 
     // "--name=v1,v2" becomes "--name", "v1", "v2" in the line, and the scan goes on as if they had
-    // been typed so. The option of the bare name, or the table's end after an error line.
-    opts::const_iterator split_equals_form(unsigned int a_index, char const *a_name)
+    // been typed so. The option of the bare name, or null after an error line.
+    entry const *split_equals_form(unsigned int a_index, char const *a_name)
     {
         char const *const l_equals = std::strchr(a_name, '=');
         if (l_equals == nullptr) {
             std::fprintf(stderr, "*** no such option `%s'\n", a_name);
-            return m_opts.end();
+            return nullptr;
         }
         std::string const l_bare(a_name, l_equals);
-        opts::const_iterator const l_opt = find_long_opt(m_opts, l_bare.c_str());
-        if (l_opt == m_opts.end()) {
+        entry const *const l_opt = lookup().find_long(l_bare.c_str());
+        if (l_opt == nullptr) {
             std::fprintf(stderr, "*** no such option `%s'\n", l_bare.c_str());
-            return l_opt;
+            return nullptr;
         }
         // The words live in the deque, which never moves what it holds, so argv-like pointers stay.
         std::vector<char const *> l_expanded;
@@ -213,20 +262,21 @@ private:
         return l_opt;
     }
 
-    // A cluster of short options: flags in turn, until a letter that takes words ends it.
+    // A cluster of short options: flags in turn, until a letter that takes words ends it. The
+    // lookup is fetched for each letter, as a flag's callback may have changed the table.
     scan_step short_cluster(unsigned int &a_index)
     {
         for (char const *l_letter = m_line[a_index] + 1; *l_letter != '\0'; ++l_letter) {
-            int const l_id = static_cast<int>(static_cast<signed char>(*l_letter));
-            opts::const_iterator const l_opt = m_opts.find(l_id);
-            if (l_opt == m_opts.end()) {
+            entry const *const l_opt = lookup().find_letter(*l_letter);
+            if (l_opt == nullptr) {
                 std::fprintf(stderr, "*** no such option `%c'\n", *l_letter);
                 return scan_step::failed;
             }
             if (l_opt->second.m_max != 0) {
                 return short_option_with_words(a_index, l_letter, l_opt->second);
             }
-            if (call(l_id, std::vector<char const *>()) == -1) {
+            int const l_id = l_opt->first;
+            if (call(l_id, nullptr, nullptr) == -1) {
                 return stop(l_id);
             }
         }
@@ -237,46 +287,32 @@ private:
     // and all; the rest come from the words behind.
     scan_step short_option_with_words(unsigned int &a_index, char const *a_letter, opt const &a_opt)
     {
-        bool const l_attached = a_letter[1] != '\0';
-        std::vector<char const *> l_args;
-        if (l_attached) {
-            l_args.reserve(1 + count_values(a_index + 1, a_opt, 1));
-            l_args.push_back(a_letter + 1);
-        }
-        if (!collect(a_index + 1, a_opt, l_args)) {
+        int const l_id = static_cast<int>(static_cast<signed char>(*a_letter));
+        std::size_t const l_attached = a_letter[1] != '\0' ? 1 : 0;
+        std::size_t const l_count = count_values(a_index + 1, a_opt.m_max - l_attached);
+        if (l_attached + l_count < a_opt.m_min) {
             std::fprintf(stderr, "*** too few arguments for option `%c'\n", *a_letter);
             return scan_step::failed;
         }
+        char const *const *const l_first = m_line.at(a_index + 1);
+        if (l_attached == 0) {
+            return advance(l_id, call(l_id, l_first, l_first + l_count), a_index, 0);
+        }
+        // The attached word leads, the words of the line follow: one list, allocated at its size.
+        std::vector<char const *> l_args(1 + l_count, a_letter + 1);
+        std::copy(l_first, l_first + l_count, l_args.begin() + 1);
         // An attached word counts as used: one word fewer of the line was taken.
-        return call_and_advance(static_cast<int>(static_cast<signed char>(*a_letter)), std::move(l_args), a_index,
-                                l_attached ? 1 : 0);
+        return advance(l_id, (*m_functor)(l_id, std::move(l_args)), a_index, 1);
     }
 
-    // The words behind position a_next that qualify as values, one after the other, up to the
-    // option's maximum less the a_have values it has already.
-    std::size_t count_values(std::size_t a_next, opt const &a_opt, std::size_t a_have) const
+    // The words from position a_next on that qualify as values, one after the other, at most a_room.
+    std::size_t count_values(std::size_t a_next, std::size_t a_room) const
     {
         std::size_t l_count = 0;
-        while (a_have + l_count < a_opt.m_max && is_value_at(a_next + l_count)) {
+        while (l_count < a_room && is_value_at(a_next + l_count)) {
             ++l_count;
         }
         return l_count;
-    }
-
-    // Appends the values of an option behind position a_next to a_args: up to the minimum every
-    // word has to qualify, then on to the maximum while words qualify. The list is allocated once,
-    // at its final size.
-    bool collect(std::size_t a_next, opt const &a_opt, std::vector<char const *> &a_args) const
-    {
-        std::size_t const l_count = count_values(a_next, a_opt, a_args.size());
-        if (a_args.size() + l_count < a_opt.m_min) {
-            return false;
-        }
-        a_args.reserve(a_args.size() + l_count);
-        for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
-            a_args.push_back(m_line[a_next + l_index]);
-        }
-        return true;
     }
 
     bool is_value_at(std::size_t a_index) const
@@ -284,20 +320,23 @@ private:
         return a_index < m_line.size() && m_line[a_index] != nullptr && is_value_word(m_line[a_index]);
     }
 
-    // Hands a_args to the callback of a_id and moves a_index past the words it used, less the
-    // a_attached words that were not words of the line of their own.
-    scan_step call_and_advance(int a_id, std::vector<char const *> a_args, unsigned int &a_index, long long a_attached)
+    // Moves a_index past the words that the callback of a_id used (its a_result), less the
+    // a_attached words that were not words of the line of their own; -1 stops the scan.
+    scan_step advance(int a_id, int a_result, unsigned int &a_index, long long a_attached)
     {
-        int const l_result = call(a_id, std::move(a_args));
-        if (l_result == -1) {
+        if (a_result == -1) {
             return stop(a_id);
         }
-        a_index = index_after(a_index, used_words(l_result) - a_attached, static_cast<unsigned int>(m_line.size()));
+        a_index = index_after(a_index, used_words(a_result) - a_attached, static_cast<unsigned int>(m_line.size()));
         return scan_step::next_word;
     }
 
-    // The callback takes its words by value: each list is built for it and handed over, not copied.
-    int call(int a_id, std::vector<char const *> a_args) { return (*m_functor)(a_id, std::move(a_args)); }
+    // The callback takes its words by value: the list is built in place as its argument, from the
+    // line's words [a_first, a_last), so an empty range allocates nothing.
+    int call(int a_id, char const *const *a_first, char const *const *a_last)
+    {
+        return (*m_functor)(a_id, std::vector<char const *>(a_first, a_last));
+    }
 
     scan_step stop(int a_id)
     {
@@ -307,6 +346,7 @@ private:
 
     opt_functor *const &m_functor;
     opts const &m_opts;
+    std::unique_ptr<opt_lookup> &m_lookup;
     std::deque<std::string> &m_split_words;
     word_line m_line;
     int m_stopped_by;
@@ -332,8 +372,9 @@ int opt_functor::stopped_at() const
 // ---- optparser: the table and the scan ----
 
 optparser::optparser(opt_functor *a_functor)
-    : m_functor(a_functor), m_opts(), m_split_words(), m_parse_depth(0), m_indentation(1), m_text_line_width(80),
-      m_column(0), m_html_output(false), m_no_console(true), m_console(nullptr), m_console_info{0, 0, 0}
+    : m_functor(a_functor), m_opts(), m_lookup(), m_split_words(), m_parse_depth(0), m_indentation(1),
+      m_text_line_width(80), m_column(0), m_html_output(false), m_no_console(true),
+      m_console(nullptr), m_console_info{0, 0, 0}
 {
     platform::console_state const l_console = platform::console_open();
     m_console = l_console.m_handle;
@@ -346,7 +387,7 @@ optparser::optparser(opt_functor *a_functor)
 // A copy has its own table and shares the functor. The words split from "=" forms belong to the
 // parse that made them, so a copy starts without any.
 optparser::optparser(optparser const &a_other)
-    : m_functor(a_other.m_functor), m_opts(a_other.m_opts), m_split_words(), m_parse_depth(0),
+    : m_functor(a_other.m_functor), m_opts(a_other.m_opts), m_lookup(), m_split_words(), m_parse_depth(0),
       m_indentation(a_other.m_indentation), m_text_line_width(a_other.m_text_line_width), m_column(a_other.m_column),
       m_html_output(a_other.m_html_output), m_no_console(a_other.m_no_console), m_console(a_other.m_console),
       m_console_info(a_other.m_console_info)
@@ -358,6 +399,7 @@ optparser &optparser::operator=(optparser const &a_other)
     if (this != &a_other) {
         m_functor = a_other.m_functor;
         m_opts = a_other.m_opts;
+        m_lookup.reset();
         m_indentation = a_other.m_indentation;
         m_text_line_width = a_other.m_text_line_width;
         m_column = a_other.m_column;
@@ -375,6 +417,7 @@ void optparser::add_opt(int a_id, char const *a_name, unsigned int a_min, unsign
 {
     opt const l_opt = {a_min, a_max < a_min ? a_min : a_max, a_name};
     m_opts[a_id] = l_opt;
+    m_lookup.reset();
 }
 
 bool optparser::parse(unsigned int a_argc, char **a_argv)
@@ -382,7 +425,7 @@ bool optparser::parse(unsigned int a_argc, char **a_argv)
     if (a_argc < 2 || a_argv == nullptr || m_functor == nullptr) {
         return true;
     }
-    if (m_parse_depth == 0) {
+    if (m_parse_depth == 0 && !m_split_words.empty()) {
         m_split_words.clear();
     }
     struct depth_guard {
@@ -393,7 +436,7 @@ bool optparser::parse(unsigned int a_argc, char **a_argv)
         ~depth_guard() { --m_depth; }
     } const l_depth(m_parse_depth);
 
-    option_scan l_scan(m_functor, m_opts, m_split_words, a_argv, a_argc);
+    option_scan l_scan(m_functor, m_opts, m_lookup, m_split_words, a_argv, a_argc);
     scan_step const l_end = l_scan.run();
     if (l_end == scan_step::stopped) {
         m_functor->m_stopped_at = l_scan.stopped_by();

@@ -95,8 +95,6 @@ void encoder_network::normalize(uint64 a_count)
     }
 }
 
-decoder_network::~decoder_network() = default;
-
 unsigned char *decoder_network::fill(uint64 a_size, void const *a_source)
 {
     return grow_by(*m_buffer, a_size, a_source);

@@ -221,6 +221,43 @@ TEST(optparser, registration_rules)
     EXPECT_EQ(l_recorder.m_calls, split("b[1] 1[2] x[v] x[w] -10[] -11[z,w]"));
 }
 
+TEST(optparser, table_changes_made_by_a_callback_count_from_the_next_step_on)
+{
+    struct editor : public recorder {
+        arg::optparser *m_parser = nullptr;
+        int operator()(int a_id, std::vector<char const *> a_args) override
+        {
+            int const l_result = recorder::operator()(a_id, a_args);
+            if (a_id == 'a') {
+                m_parser->add_opt('n', "new", 1, 1);
+            } else if (a_id == 'b') {
+                m_parser->add_opt('n', "renamed", 0, 0);
+            } else if (a_id == 'c') {
+                arg::optparser l_other(this);
+                l_other.add_opt('z', nullptr, 0, 0);
+                *m_parser = l_other;
+            }
+            return l_result;
+        }
+    } l_editor;
+    arg::optparser l_parser(&l_editor);
+    l_editor.m_parser = &l_parser;
+    for (int const l_id : {'a', 'b', 'c'}) {
+        l_parser.add_opt(l_id, nullptr, 0, 0);
+    }
+    EXPECT_EQ(parse_words(l_parser, "-a -n x --new y -b -nn --renamed -c -z -a"),
+              outcome(false, "*** no such option `a'\n"));
+    EXPECT_EQ(l_editor.m_calls, split("a[] n[x] n[y] b[] n[] n[] n[] c[] z[]"));
+
+    // A letter is a signed char: the byte 0x9d reaches the id -99, never 157.
+    arg::optparser l_high(&l_editor);
+    l_high.add_opt(157, nullptr, 0, 0);
+    EXPECT_EQ(parse_words(l_high, "-\x9d"), outcome(false, "*** no such option `\x9d'\n"));
+    l_high.add_opt(-99, "version", 0, 0);
+    EXPECT_EQ(parse_words(l_high, "-\x9d --version"), outcome(true, ""));
+    EXPECT_EQ(l_editor.m_calls.size(), 11u);
+}
+
 TEST(optparser, stop_records_the_stopping_id_and_ends_the_scan)
 {
     struct row {

@@ -333,6 +333,40 @@ TEST(coding, encoder_advance_and_at_give_room_and_mend_bytes)
     EXPECT_EQ(l_text, "abc");
 }
 
+// One string and one buffer take items that grow and shrink, within their capacity and past it;
+// each ends as exactly the item. A buffer may also take an item from its own block.
+TEST(coding, reused_destinations_take_items_of_every_length)
+{
+    std::vector<std::string> l_items;
+    for (std::size_t const l_length : {40, 3, 17, 16, 60, 1, 33, 5000, 2, 0, 31, 2500}) {
+        l_items.emplace_back(l_length, static_cast<char>('a' + l_items.size()));
+    }
+    buffer l_message;
+    encoder_network l_encoder(l_message);
+    for (std::string const &l_item : l_items) {
+        string_encode_network(l_item, l_encoder);
+        buffer_encode_network(buffer_of(l_item), l_encoder);
+    }
+    decoder_network l_decoder(l_message);
+    std::string l_text;
+    buffer l_blob(uint64(8));
+    for (std::string const &l_item : l_items) {
+        std::string const l_before = l_text;
+        string_decode_network(l_text, l_decoder);
+        buffer_decode_network(l_blob, l_decoder);
+        // A zero length leaves both as they were.
+        EXPECT_EQ(l_text, l_item.empty() ? l_before : l_item);
+        EXPECT_EQ(text_of(l_blob), l_item.empty() ? l_before : l_item);
+    }
+    EXPECT_EQ(l_decoder.left(), 0u);
+
+    buffer l_own = bytes({0, 0, 0, 3, 'x', 'y', 'z', 9});
+    decoder_network l_own_decoder(l_own);
+    buffer_decode_network(l_own, l_own_decoder);
+    EXPECT_EQ(text_of(l_own), "xyz");
+    EXPECT_EQ(l_own_decoder.left(), 0u);
+}
+
 // Appending the buffer's own bytes works even when the append moves the block.
 TEST(coding, encoder_appends_its_own_bytes_across_growth)
 {
