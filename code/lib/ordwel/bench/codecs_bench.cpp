@@ -6,8 +6,9 @@
 // EVP_EncodeBlock / EVP_DecodeBlock and libavutil's av_base64_encode / av_base64_decode for
 // Base64, Boost.Algorithm's hex_lower / unhex and OpenSSL's OPENSSL_buf2hexstr_ex /
 // OPENSSL_hexstr2buf_ex for hex. Linked with the private library, the program also runs the
-// kernels themselves into a kept block: those of the processor's level ("_kernel") beside the
-// scalar ones ("_scalar").
+// kernels themselves into a kept block: those of the processor's level ("_kernel") beside those of
+// the AVX2, SSSE3/SSE4.1 and scalar levels ("_avx2", "_sse41", "_scalar"; skipped where the
+// processor lacks the level).
 
 #include <cstddef>
 #include <cstring>
@@ -186,11 +187,26 @@ using ordwel::internal::simd_level;
 // The kernel of a_level (simd_level::avx512: the processor's own), into the kept block.
 template <typename t_dispatch> auto kernel_of(t_dispatch const &a_dispatch, simd_level a_level)
 {
-    return a_level == simd_level::scalar ? a_dispatch.for_level(simd_level::scalar) : a_dispatch.get();
+    return a_level == simd_level::avx512 ? a_dispatch.get() : a_dispatch.for_level(a_level);
+}
+
+// Whether the processor runs a_level (simd_level::avx512 stands for its own); if not, the benchmark
+// is skipped.
+bool runs_level(benchmark::State &a_state, simd_level a_level)
+{
+    if (a_level != simd_level::avx512 &&
+        a_level > ordwel::internal::simd_level_of(ordwel::internal::cpu_features_detected())) {
+        a_state.SkipWithError("the processor lacks this level");
+        return false;
+    }
+    return true;
 }
 
 template <simd_level t_level> void ordwel_base64_encode_level(benchmark::State &a_state)
 {
+    if (!runs_level(a_state, t_level)) {
+        return;
+    }
     auto const l_kernel = kernel_of(ordwel::internal::k_base64_encode, t_level);
     measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
         benchmark::DoNotOptimize(
@@ -200,6 +216,9 @@ template <simd_level t_level> void ordwel_base64_encode_level(benchmark::State &
 
 template <simd_level t_level> void ordwel_base64_decode_level(benchmark::State &a_state)
 {
+    if (!runs_level(a_state, t_level)) {
+        return;
+    }
     auto const l_kernel = kernel_of(ordwel::internal::k_base64_decode, t_level);
     measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
         benchmark::DoNotOptimize(l_kernel(a_room, bytes_of(a_sample.m_base64), a_sample.m_base64.size()));
@@ -208,6 +227,9 @@ template <simd_level t_level> void ordwel_base64_decode_level(benchmark::State &
 
 template <simd_level t_level> void ordwel_hex_encode_level(benchmark::State &a_state)
 {
+    if (!runs_level(a_state, t_level)) {
+        return;
+    }
     auto const l_kernel = kernel_of(ordwel::internal::k_hex_encode, t_level);
     measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
         l_kernel(reinterpret_cast<char *>(a_room), bytes_of(a_sample.m_plain), a_sample.m_plain.size());
@@ -216,6 +238,9 @@ template <simd_level t_level> void ordwel_hex_encode_level(benchmark::State &a_s
 
 template <simd_level t_level> void ordwel_hex_decode_level(benchmark::State &a_state)
 {
+    if (!runs_level(a_state, t_level)) {
+        return;
+    }
     auto const l_kernel = kernel_of(ordwel::internal::k_hex_decode, t_level);
     measure(a_state, [l_kernel](sample const &a_sample, unsigned char *a_room) {
         l_kernel(a_room, bytes_of(a_sample.m_hex), a_sample.m_plain.size());
@@ -224,6 +249,8 @@ template <simd_level t_level> void ordwel_hex_decode_level(benchmark::State &a_s
 
 #define ORDWEL_CODECS_LEVELS(a_name)                                                                                   \
     ORDWEL_CODECS_BENCHMARK(a_name<simd_level::avx512>)->Name(#a_name "_kernel");                                      \
+    ORDWEL_CODECS_BENCHMARK(a_name<simd_level::avx2>)->Name(#a_name "_avx2");                                          \
+    ORDWEL_CODECS_BENCHMARK(a_name<simd_level::sse41>)->Name(#a_name "_sse41");                                        \
     ORDWEL_CODECS_BENCHMARK(a_name<simd_level::scalar>)->Name(#a_name "_scalar")
 
 ORDWEL_CODECS_LEVELS(ordwel_base64_encode_level);

@@ -5,6 +5,7 @@
 // 63 alone, which change the constants of the kernels and not their instructions.
 
 #include <cstddef>
+#include <cstring>
 
 #include <ordwel/internal/attributes.h>
 
@@ -54,34 +55,32 @@ ORDWEL_TARGET("avx2") ORDWEL_ALWAYS_INLINE __m256i both_lanes(signed char const 
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<__m128i const *>(a_table)));
 }
 
-// Each sextet as its character: the sextet plus an offset that depends on its range only
-// (0-25 "A", 26-51 "a", 52-61 "0", 62 and 63 the alphabet's own), the offset found by pshufb.
+// The offsets from sextets to characters, indexed by a sextet's range (0-25 "A", 26-51 "a", 52-61
+// "0", 62 and 63 the alphabet's own) as the encoders number the ranges.
+struct encoding_offsets {
+    signed char m_offsets[16];
+};
+
+constexpr encoding_offsets encoding_offsets_of(base64_alphabet a_alphabet)
+{
+    char const *const l_alphabet = alphabet_of(a_alphabet);
+    return {{'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+             '0' - 52, static_cast<signed char>(l_alphabet[62] - 62), static_cast<signed char>(l_alphabet[63] - 63),
+             'A', 0, 0}};
+}
+
+// Each sextet as its character: the sextet plus an offset that depends on its range only, the
+// offset found by pshufb.
 template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx2")
 ORDWEL_ALWAYS_INLINE __m256i characters_of_sextets(__m256i a_sextets)
 {
-    constexpr char const *k_alphabet = alphabet_of(t_alphabet);
-    static constexpr signed char k_offsets[16] = {'a' - 26,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  '0' - 52,
-                                                  static_cast<signed char>(k_alphabet[62] - 62),
-                                                  static_cast<signed char>(k_alphabet[63] - 63),
-                                                  'A',
-                                                  0,
-                                                  0};
+    static constexpr encoding_offsets k_offsets = encoding_offsets_of(t_alphabet);
     // 0-51 become 0, 52-61 become 1 to 10, 62 and 63 become 11 and 12; then 0-25 become 13.
     __m256i l_range = _mm256_subs_epu8(a_sextets, _mm256_set1_epi8(51));
     __m256i const l_upper = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), a_sextets);
     l_range = _mm256_or_si256(l_range, _mm256_and_si256(l_upper, _mm256_set1_epi8(13)));
-    return _mm256_add_epi8(a_sextets, _mm256_shuffle_epi8(both_lanes(k_offsets), l_range));
+    return _mm256_add_epi8(a_sextets, _mm256_shuffle_epi8(both_lanes(k_offsets.m_offsets), l_range));
 }
 
 template <base64_alphabet t_alphabet>
@@ -105,19 +104,20 @@ std::size_t base64_encode_avx2(char *a_out, unsigned char const *a_bytes, std::s
     return bytes_between(a_out, l_out) + l_scalar(l_out, l_in, bytes_between(l_in, l_end));
 }
 
-// The nibble classes and sextet offsets of an alphabet's AVX2 decoder. A character is classified by
+// The nibble classes and sextet offsets of an alphabet's decoders (one 16-byte table each, in every
+// 128-bit lane). A character is classified by
 // its low and its high nibble through two tables whose entries share a bit only for foreign
 // characters; the offset to its sextet then depends on the high nibble alone, except for the
 // character of 63, which shares its high nibble with letters ("/" with "+", "_" with "P" to "Z"),
 // so its index moves by m_slot to an entry of its own.
-struct avx2_decoding {
+struct lane_decoding {
     signed char m_low_classes[16];
     signed char m_high_classes[16];
     signed char m_offsets[16];
     signed char m_slot;
 };
 
-constexpr avx2_decoding avx2_decoding_of(base64_alphabet a_alphabet)
+constexpr lane_decoding lane_decoding_of(base64_alphabet a_alphabet)
 {
     if (a_alphabet == base64_alphabet::url) {
         // "-" is alone in its high nibble 2; "_" goes to entry 8. Nibble 7 gets a class of its own,
@@ -139,7 +139,7 @@ template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx2")
 ORDWEL_ALWAYS_INLINE bool sextets_of_characters(__m256i a_chars, __m256i &a_sextets)
 {
-    static constexpr avx2_decoding k_decoding = avx2_decoding_of(t_alphabet);
+    static constexpr lane_decoding k_decoding = lane_decoding_of(t_alphabet);
     // The mask keeps each nibble and clears bit 7, so that pshufb never zeroes.
     __m256i const l_mask_2f = _mm256_set1_epi8(0x2f);
     __m256i const l_high = _mm256_and_si256(_mm256_srli_epi32(a_chars, 4), l_mask_2f);
@@ -184,6 +184,103 @@ std::size_t base64_prefix_avx2(unsigned char *a_out, unsigned char const *a_text
         _mm_storel_epi64(reinterpret_cast<__m128i *>(l_out + 16), _mm256_extracti128_si256(l_bytes, 1));
         l_in += 32;
         l_out += 24;
+    }
+    return bytes_between(a_text, l_in);
+}
+
+// --- SSSE3 and SSE4.1: 12 bytes to 16 characters, 16 characters to 12 bytes -------------------------
+// The AVX2 kernels on one 128-bit lane: the same shuffles, multiplications and tables.
+
+// The 12 bytes in the low end as the 16 sextets, one per byte.
+ORDWEL_TARGET("ssse3,sse4.1") ORDWEL_ALWAYS_INLINE __m128i sextets_of_bytes_sse41(__m128i a_bytes)
+{
+    __m128i const l_spread =
+        _mm_shuffle_epi8(a_bytes, _mm_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10));
+    __m128i const l_first_and_third =
+        _mm_mulhi_epu16(_mm_and_si128(l_spread, _mm_set1_epi32(0x0fc0fc00)), _mm_set1_epi32(0x04000040));
+    __m128i const l_second_and_fourth =
+        _mm_mullo_epi16(_mm_and_si128(l_spread, _mm_set1_epi32(0x003f03f0)), _mm_set1_epi32(0x01000010));
+    return _mm_or_si128(l_first_and_third, l_second_and_fourth);
+}
+
+ORDWEL_TARGET("ssse3,sse4.1") ORDWEL_ALWAYS_INLINE __m128i table_sse41(signed char const (&a_table)[16])
+{
+    return _mm_loadu_si128(reinterpret_cast<__m128i const *>(a_table));
+}
+
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("ssse3,sse4.1")
+ORDWEL_ALWAYS_INLINE __m128i characters_of_sextets_sse41(__m128i a_sextets)
+{
+    static constexpr encoding_offsets k_offsets = encoding_offsets_of(t_alphabet);
+    __m128i l_range = _mm_subs_epu8(a_sextets, _mm_set1_epi8(51));
+    __m128i const l_upper = _mm_cmpgt_epi8(_mm_set1_epi8(26), a_sextets);
+    l_range = _mm_or_si128(l_range, _mm_and_si128(l_upper, _mm_set1_epi8(13)));
+    return _mm_add_epi8(a_sextets, _mm_shuffle_epi8(table_sse41(k_offsets.m_offsets), l_range));
+}
+
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("ssse3,sse4.1")
+std::size_t base64_encode_sse41(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
+{
+    unsigned char const *l_in = a_bytes;
+    unsigned char const *const l_end = a_bytes + a_size;
+    char *l_out = a_out;
+    // Each round loads 16 bytes and codes the first 12.
+    while (bytes_between(l_in, l_end) >= 16) {
+        __m128i const l_bytes = _mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(l_out),
+                         characters_of_sextets_sse41<t_alphabet>(sextets_of_bytes_sse41(l_bytes)));
+        l_in += 12;
+        l_out += 16;
+    }
+    auto const l_scalar = t_alphabet == base64_alphabet::url ? &base64url_encode_scalar : &base64_encode_scalar;
+    return bytes_between(a_out, l_out) + l_scalar(l_out, l_in, bytes_between(l_in, l_end));
+}
+
+// The 16 characters as sextets, or false where any of them is outside the alphabet.
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("ssse3,sse4.1")
+ORDWEL_ALWAYS_INLINE bool sextets_of_characters_sse41(__m128i a_chars, __m128i &a_sextets)
+{
+    static constexpr lane_decoding k_decoding = lane_decoding_of(t_alphabet);
+    __m128i const l_mask_2f = _mm_set1_epi8(0x2f);
+    __m128i const l_high = _mm_and_si128(_mm_srli_epi32(a_chars, 4), l_mask_2f);
+    __m128i const l_low = _mm_and_si128(a_chars, l_mask_2f);
+    if (!_mm_testz_si128(_mm_shuffle_epi8(table_sse41(k_decoding.m_low_classes), l_low),
+                         _mm_shuffle_epi8(table_sse41(k_decoding.m_high_classes), l_high))) {
+        return false;
+    }
+    __m128i const l_63 = _mm_cmpeq_epi8(a_chars, _mm_set1_epi8(alphabet_of(t_alphabet)[63]));
+    __m128i const l_index = _mm_add_epi8(l_high, _mm_and_si128(l_63, _mm_set1_epi8(k_decoding.m_slot)));
+    a_sextets = _mm_add_epi8(a_chars, _mm_shuffle_epi8(table_sse41(k_decoding.m_offsets), l_index));
+    return true;
+}
+
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("ssse3,sse4.1")
+std::size_t base64_prefix_sse41(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
+{
+    unsigned char const *l_in = a_text;
+    unsigned char const *const l_end = a_text + a_size;
+    unsigned char *l_out = a_out;
+    while (bytes_between(l_in, l_end) >= 16) {
+        __m128i l_sextets;
+        if (!sextets_of_characters_sse41<t_alphabet>(_mm_loadu_si128(reinterpret_cast<__m128i const *>(l_in)),
+                                                     l_sextets)) {
+            break;
+        }
+        // Each 4 sextets to 3 bytes, the 12 bytes in the low end.
+        __m128i const l_pairs = _mm_maddubs_epi16(l_sextets, _mm_set1_epi32(0x01400140));
+        __m128i const l_groups = _mm_madd_epi16(l_pairs, _mm_set1_epi32(0x00011000));
+        __m128i const l_bytes =
+            _mm_shuffle_epi8(l_groups, _mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
+        // 12 bytes: the room ends there, so no 16-byte store.
+        _mm_storel_epi64(reinterpret_cast<__m128i *>(l_out), l_bytes);
+        auto const l_last = static_cast<uint32>(_mm_extract_epi32(l_bytes, 2));
+        std::memcpy(l_out + 8, &l_last, 4);
+        l_in += 16;
+        l_out += 12;
     }
     return bytes_between(a_text, l_in);
 }
@@ -328,20 +425,24 @@ std::size_t base64_prefix_scalar(unsigned char *, unsigned char const *, std::si
 #if defined(ORDWEL_X86_KERNELS)
 constexpr auto k_standard = base64_alphabet::standard;
 constexpr auto k_url = base64_alphabet::url;
-dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar, nullptr, &base64_encode_avx2<k_standard>,
+dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar, &base64_encode_sse41<k_standard>,
+                                                     &base64_encode_avx2<k_standard>,
                                                      &base64_encode_avx512<k_standard>};
 dispatch<base64_decode_kernel> const k_base64_decode{
-    &base64_decode_scalar, nullptr, &base64_decode_vector<&base64_prefix_avx2<k_standard>, k_standard>,
+    &base64_decode_scalar, &base64_decode_vector<&base64_prefix_sse41<k_standard>, k_standard>,
+    &base64_decode_vector<&base64_prefix_avx2<k_standard>, k_standard>,
     &base64_decode_vector<&base64_prefix_avx512<k_standard>, k_standard>};
-dispatch<base64_prefix_kernel> const k_base64_decode_prefix{
-    &base64_prefix_scalar, nullptr, &base64_prefix_avx2<k_standard>, &base64_prefix_avx512<k_standard>};
-dispatch<base64_encode_kernel> const k_base64url_encode{&base64url_encode_scalar, nullptr, &base64_encode_avx2<k_url>,
-                                                        &base64_encode_avx512<k_url>};
-dispatch<base64_decode_kernel> const k_base64url_decode{&base64url_decode_scalar, nullptr,
+dispatch<base64_prefix_kernel> const k_base64_decode_prefix{&base64_prefix_scalar, &base64_prefix_sse41<k_standard>,
+                                                            &base64_prefix_avx2<k_standard>,
+                                                            &base64_prefix_avx512<k_standard>};
+dispatch<base64_encode_kernel> const k_base64url_encode{&base64url_encode_scalar, &base64_encode_sse41<k_url>,
+                                                        &base64_encode_avx2<k_url>, &base64_encode_avx512<k_url>};
+dispatch<base64_decode_kernel> const k_base64url_decode{&base64url_decode_scalar,
+                                                        &base64_decode_vector<&base64_prefix_sse41<k_url>, k_url>,
                                                         &base64_decode_vector<&base64_prefix_avx2<k_url>, k_url>,
                                                         &base64_decode_vector<&base64_prefix_avx512<k_url>, k_url>};
 dispatch<base64_prefix_kernel> const k_base64url_decode_prefix{
-    &base64_prefix_scalar, nullptr, &base64_prefix_avx2<k_url>, &base64_prefix_avx512<k_url>};
+    &base64_prefix_scalar, &base64_prefix_sse41<k_url>, &base64_prefix_avx2<k_url>, &base64_prefix_avx512<k_url>};
 #else
 dispatch<base64_encode_kernel> const k_base64_encode{&base64_encode_scalar};
 dispatch<base64_decode_kernel> const k_base64_decode{&base64_decode_scalar};
