@@ -3,7 +3,8 @@
 #define ORDWEL_CALLQUEUE_H
 
 #include <atomic>
-#include <memory>
+#include <cstddef>
+#include <new>
 #include <set>
 #include <string>
 #include <vector>
@@ -43,6 +44,25 @@ public:
     /// The call's body, run on the queue's owner thread.
     virtual void operator()() = 0;
 
+    /// Memory for a call. Calls are made on one thread and, as a rule, freed on the owner's: a
+    /// freed call's memory is kept for the next call of that size that any thread makes, up to a
+    /// bound; larger calls and what passes the bound use the general heap.
+    static void *operator new(std::size_t a_size);
+    /// Gives back what operator new gave.
+    static void operator delete(void *a_block, std::size_t a_size) noexcept;
+    /// Memory for a call with a stricter alignment than the general heap's: from the general heap.
+    static void *operator new(std::size_t a_size, std::align_val_t a_align);
+    /// Gives back what the aligned operator new gave.
+    static void operator delete(void *a_block, std::align_val_t a_align) noexcept;
+    /// As the plain operator new, null instead of std::bad_alloc.
+    static void *operator new(std::size_t a_size, std::nothrow_t const &) noexcept;
+    /// Gives back what the non-throwing operator new gave, when the constructor raised.
+    static void operator delete(void *a_block, std::nothrow_t const &) noexcept;
+    /// Builds a call in storage that the caller provides.
+    static void *operator new(std::size_t, void *a_place) noexcept { return a_place; }
+    /// Does nothing: the storage is the caller's.
+    static void operator delete(void *, void *) noexcept {}
+
 private:
     friend class callqueue;
 
@@ -53,24 +73,28 @@ private:
     void wait() const;
     void signal() const;
 
-    // A place in one of the queue's lists: the next place, the queue's reference to the call, and
-    // for a blocking caller the mark that its call has ended. A heap place holds itself through
-    // m_self until the owner takes it off the list.
+    // A place in one of the queue's lists: the next place and the queue's reference to the call.
+    // The object carries one place of its own; a call queued while that one is taken gets a place
+    // on the heap, and a blocking caller's place lives in its stack frame and carries the mark that
+    // its call has ended.
     struct link {
+        enum class kind : unsigned char { own, heap, waited };
+
         link *m_next = nullptr;
         ptr_refcount<callqueue_object> m_call;
-        std::shared_ptr<link> m_self;
-        bool m_waited = false;
+        kind m_kind = kind::own;
         bool m_ended = false;
     };
 
     std::string m_id;
     mutex m_mutex;
     condition m_condition;
-    // The place that the object carries, so that a plain call is queued without an allocation;
-    // taken while the object waits on a list, under the queue's list mutex.
     link m_link;
+    // Whether a list holds the object's own place: taken by the producer that queues the object,
+    // given back by the owner once a run has taken the call off the list.
     std::atomic<bool> m_link_taken;
+    // Held while m_id is written: one object may be handed over by several threads at once.
+    std::atomic<bool> m_id_busy;
 };
 
 /// The process's one queue of calls to one thread, the owner: the thread that first called
@@ -107,20 +131,27 @@ public:
 private:
     using link = callqueue_object::link;
 
-    // A list of calls in order of arrival, linked through the places of the calls.
-    struct link_list {
+    // A list of calls, pushed without a lock: each producer links its place in front of the head
+    // with one compare-and-swap, and the owner takes the whole list in one exchange and turns it
+    // round into the order of arrival. The head has a cache line of its own, apart from the flags
+    // that every producer reads.
+    struct alignas(64) link_list {
         std::atomic<link *> m_head{nullptr};
-        link *m_tail = nullptr;
+
+        void push(link &a_link);
+        link *take_in_order();
     };
 
+    struct waited_link;
     class held_call;
     class taken_calls;
 
     callqueue();
-    link &place_for(callqueue_object &a_call);
-    static void append(link_list &a_list, link &a_link);
+    static link &place_for(callqueue_object &a_call);
+    static void write_id(callqueue_object &a_call, std::string const &a_id);
 
     link_list m_calls;
+    // Guards m_unique_ids.
     mutex m_calls_mutex;
     link_list m_exit_calls;
     std::atomic<bool> m_exited;

@@ -2,6 +2,7 @@
 #include <ordwel/callqueue.h>
 
 #include <algorithm>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include <ordwel/string_helpers.h>
 
 #include "diag/raise.h"
+#include "sync/block_shelf.h"
 #include "sync/forced_unwind.h"
 
 namespace ordwel {
@@ -44,11 +46,46 @@ ORDWEL_PASSES_FORCED_UNWIND void call_dropping_exceptions(callqueue_object &a_ca
 } // namespace
 
 callqueue_object::callqueue_object()
-    : object_refcount(), m_id(), m_mutex(false), m_condition(), m_link(), m_link_taken(false)
+    : object_refcount(), m_id(), m_mutex(false), m_condition(), m_link(), m_link_taken(false), m_id_busy(false)
 {
 }
 
 callqueue_object::~callqueue_object() = default;
+
+void *callqueue_object::operator new(std::size_t a_size)
+{
+    return block_shelf::take(a_size);
+}
+
+void callqueue_object::operator delete(void *a_block, std::size_t a_size) noexcept
+{
+    block_shelf::give_back(a_block, a_size);
+}
+
+void *callqueue_object::operator new(std::size_t a_size, std::align_val_t a_align)
+{
+    return ::operator new(a_size, a_align);
+}
+
+void callqueue_object::operator delete(void *a_block, std::align_val_t a_align) noexcept
+{
+    ::operator delete(a_block, a_align);
+}
+
+void *callqueue_object::operator new(std::size_t a_size, std::nothrow_t const &) noexcept
+{
+    try {
+        return block_shelf::take(a_size);
+    } catch (std::bad_alloc const &) {
+        return nullptr;
+    }
+}
+
+// Every block of the shelves comes from the general heap, and may go back there.
+void callqueue_object::operator delete(void *a_block, std::nothrow_t const &) noexcept
+{
+    ::operator delete(a_block);
+}
 
 std::string const &callqueue_object::get_id() const
 {
@@ -82,9 +119,26 @@ void callqueue_object::signal() const
     m_condition.signal();
 }
 
+// A blocking caller's place, held by the caller and by the queue; the last of the two to let go
+// frees it. So an entry never points into memory that has gone, also when the caller's thread is
+// cancelled in its wait.
+struct callqueue::waited_link : link {
+    std::atomic<int> m_holders{2};
+
+    struct let_go {
+        void operator()(waited_link *a_link) const
+        {
+            if (a_link->m_holders.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+                delete a_link;
+            }
+        }
+    };
+};
+
 // The calls that run() or exit() took off a list, in order of arrival. Each is handed out with
-// the queue's reference to it and the hold on its heap place; the object's own place is free
-// again as soon as the call is handed out. What remains when the run ends early is released.
+// the queue's reference to it; the object's own place is free again, and a heap place is freed, as
+// soon as the call is handed out. A blocking caller's place stays with the taken call: its mark is
+// set when the call has ended. What remains when the run ends early is released.
 class callqueue::taken_calls {
 public:
     explicit taken_calls(link *a_head) : m_head(a_head) {}
@@ -102,19 +156,24 @@ public:
 
     struct taken {
         ptr_refcount<callqueue_object> m_call;
-        std::shared_ptr<link> m_place;
-        link *m_link;
+        std::unique_ptr<waited_link, waited_link::let_go> m_waited;
     };
 
     taken next()
     {
         link &l_link = *m_head;
         m_head = l_link.m_next;
-        l_link.m_next = nullptr;
-        taken l_taken{std::move(l_link.m_call), std::move(l_link.m_self), &l_link};
-        if (!l_taken.m_place) {
-            l_taken.m_link = nullptr;
+        taken l_taken{std::move(l_link.m_call), nullptr};
+        switch (l_link.m_kind) {
+        case link::kind::own:
             l_taken.m_call->m_link_taken.store(false, std::memory_order_release);
+            break;
+        case link::kind::heap:
+            delete &l_link;
+            break;
+        case link::kind::waited:
+            l_taken.m_waited.reset(static_cast<waited_link *>(&l_link));
+            break;
         }
         return l_taken;
     }
@@ -130,8 +189,8 @@ callqueue::callqueue() : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exit
 
 callqueue::~callqueue()
 {
-    taken_calls const l_calls(m_calls.m_head.exchange(nullptr));
-    taken_calls const l_exit_calls(m_exit_calls.m_head.exchange(nullptr));
+    taken_calls const l_calls(m_calls.take_in_order());
+    taken_calls const l_exit_calls(m_exit_calls.take_in_order());
     m_unique_ids.clear();
 }
 
@@ -148,29 +207,57 @@ bool callqueue::exited() const
     return m_exited.load(std::memory_order_acquire);
 }
 
-// Under the list mutex: the object's own place if no list holds it, else a new place that holds
-// itself until the owner takes it.
+// The object's own place if no list holds it, else a new place that the owner frees when it takes
+// the call.
 callqueue::link &callqueue::place_for(callqueue_object &a_call)
 {
-    if (!a_call.m_link_taken.load(std::memory_order_acquire)) {
-        a_call.m_link_taken.store(true, std::memory_order_relaxed);
+    if (!a_call.m_link_taken.exchange(true, std::memory_order_acquire)) {
         return a_call.m_link;
     }
-    std::shared_ptr<link> l_place = std::make_shared<link>();
-    l_place->m_self = l_place;
+    link *const l_place = new link;
+    l_place->m_kind = link::kind::heap;
     return *l_place;
 }
 
-// Under the list mutex. The head is read by run() without the mutex, only to see whether anything
-// is pending.
-void callqueue::append(link_list &a_list, link &a_link)
+// A short spin: another thread holds the id only for the length of a string assignment.
+void callqueue::write_id(callqueue_object &a_call, std::string const &a_id)
 {
-    if (a_list.m_head.load(std::memory_order_relaxed) == nullptr) {
-        a_list.m_head.store(&a_link, std::memory_order_relaxed);
-    } else {
-        a_list.m_tail->m_next = &a_link;
+    while (a_call.m_id_busy.exchange(true, std::memory_order_acquire)) {
+        std::this_thread::yield();
     }
-    a_list.m_tail = &a_link;
+    try {
+        a_call.set_id(a_id);
+    } catch (...) {
+        a_call.m_id_busy.store(false, std::memory_order_release);
+        throw;
+    }
+    a_call.m_id_busy.store(false, std::memory_order_release);
+}
+
+// The place's link is written before the swap publishes it, and the swap releases it to the owner's
+// exchange. A swap that fails only means that another producer came first; the place is then put in
+// front of that one.
+void callqueue::link_list::push(link &a_link)
+{
+    link *l_head = m_head.load(std::memory_order_relaxed);
+    do {
+        a_link.m_next = l_head;
+    } while (!m_head.compare_exchange_weak(l_head, &a_link, std::memory_order_release, std::memory_order_relaxed));
+}
+
+// The list holds the latest place first; the owner reverses it in its own memory, so that the order
+// of the swaps, which is the order of arrival, becomes the order of the run.
+callqueue::link *callqueue::link_list::take_in_order()
+{
+    link *l_rest = m_head.exchange(nullptr, std::memory_order_acquire);
+    link *l_ordered = nullptr;
+    while (l_rest != nullptr) {
+        link *const l_next = l_rest->m_next;
+        l_rest->m_next = l_ordered;
+        l_ordered = l_rest;
+        l_rest = l_next;
+    }
+    return l_ordered;
 }
 
 void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags)
@@ -183,44 +270,35 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
         es::null::raise(ORDWEL_HERE, "callqueue call is null");
     }
     callqueue_object &l_call = *a_call;
-    bool const l_owner = on_owner();
-    bool const l_blocking = !l_owner && (a_flags & callqueue_blocking) != 0;
-    bool const l_at_once = l_owner && (a_flags & callqueue_deferred) == 0;
-    {
-        // The id is written under the list mutex: the same object may be handed over by two
-        // threads at once. A call that is simply queued takes the list mutex once.
+    write_id(l_call, a_id);
+    if ((a_flags & callqueue_unique) != 0) {
         scoped_mutex::lock const l_lock(m_calls_mutex);
-        l_call.set_id(a_id);
-        if ((a_flags & callqueue_unique) != 0 && !m_unique_ids.insert(a_id).second) {
-            return;
-        }
-        if (!l_blocking && !l_at_once) {
-            link &l_link = place_for(l_call);
-            l_link.m_call = std::move(a_call);
-            append(m_calls, l_link);
+        if (!m_unique_ids.insert(a_id).second) {
             return;
         }
     }
-    if (l_at_once) {
-        l_call();
+    if (on_owner()) {
+        if ((a_flags & callqueue_deferred) == 0) {
+            l_call();
+            return;
+        }
+    } else if ((a_flags & callqueue_blocking) != 0) {
+        // The object's mutex is held from before the call can be seen in the list until the wait
+        // gives it up, and run() needs it to begin the call: the owner can neither start nor end
+        // the call before this thread sleeps. The caller waits for the mark of its own place.
+        std::unique_ptr<waited_link, waited_link::let_go> const l_place(new waited_link);
+        l_place->m_call = a_call;
+        l_place->m_kind = link::kind::waited;
+        scoped_mutex::lock const l_call_lock(l_call.m_mutex);
+        m_calls.push(*l_place);
+        while (!l_place->m_ended) {
+            l_call.wait();
+        }
         return;
     }
-    // The object's mutex is held from before the call can be seen in the list until the wait gives
-    // it up, and run() needs it to begin the call: the owner can neither start nor end the call
-    // before this thread sleeps. The caller waits for the mark of its own place, which it shares
-    // with the queue.
-    std::shared_ptr<link> const l_place = std::make_shared<link>();
-    l_place->m_call = a_call;
-    l_place->m_waited = true;
-    l_place->m_self = l_place;
-    scoped_mutex::lock const l_call_lock(l_call.m_mutex);
-    {
-        scoped_mutex::lock const l_lock(m_calls_mutex);
-        append(m_calls, *l_place);
-    }
-    while (!l_place->m_ended) {
-        l_call.wait();
-    }
+    link &l_link = place_for(l_call);
+    l_link.m_call = std::move(a_call);
+    m_calls.push(l_link);
 }
 
 void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_call, std::string const &a_id, unsigned a_flags)
@@ -231,14 +309,16 @@ void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_call, std::string
     if (!a_call) {
         es::null::raise(ORDWEL_HERE, "callqueue call is null");
     }
-    scoped_mutex::lock const l_lock(m_calls_mutex);
-    a_call->set_id(a_id);
-    if ((a_flags & callqueue_unique) != 0 && !m_unique_ids.insert(a_id).second) {
-        return;
+    write_id(*a_call, a_id);
+    if ((a_flags & callqueue_unique) != 0) {
+        scoped_mutex::lock const l_lock(m_calls_mutex);
+        if (!m_unique_ids.insert(a_id).second) {
+            return;
+        }
     }
     link &l_link = place_for(*a_call);
     l_link.m_call = std::move(a_call);
-    append(m_exit_calls, l_link);
+    m_exit_calls.push(l_link);
 }
 
 // The owner holds an object's mutex while its call runs, and notes the object as running. An
@@ -294,18 +374,13 @@ void callqueue::run()
     if (!on_owner()) {
         es::unsupp::raise(ORDWEL_HERE, "callqueue::run() called from different thread");
     }
-    // Nothing pending: the list mutex stays with the producers.
+    // Nothing pending: the list's cache line stays with the producers.
     if (m_calls.m_head.load(std::memory_order_relaxed) == nullptr) {
         return;
     }
-    // The pending calls move into a snapshot under the list mutex: calls added while these run
-    // wait for the next run, and each reference goes when its call has ended.
-    link *l_head = nullptr;
-    {
-        scoped_mutex::lock const l_lock(m_calls_mutex);
-        l_head = m_calls.m_head.exchange(nullptr, std::memory_order_relaxed);
-        m_calls.m_tail = nullptr;
-    }
+    // The pending calls move into a snapshot: calls added while these run wait for the next run,
+    // and each reference goes when its call has ended.
+    taken_calls l_calls(m_calls.take_in_order());
     // The end of one call, also when the owner's thread leaves by cancellation: under the
     // object's mutex the blocking caller's mark is set, or a call without a waiting caller gives
     // the plain signal. Once the mutex has gone, a caller's mark wakes every waiter of the object,
@@ -340,11 +415,10 @@ void callqueue::run()
             }
         }
     };
-    taken_calls l_calls(l_head);
     while (!l_calls.empty()) {
         taken_calls::taken const l_taken = l_calls.next();
         callqueue_object &l_call = *l_taken.m_call;
-        link *const l_waited = l_taken.m_link != nullptr && l_taken.m_link->m_waited ? l_taken.m_link : nullptr;
+        link *const l_waited = l_taken.m_waited.get();
         caller_wake const l_wake{l_call, l_waited != nullptr};
         held_call const l_held(l_call, m_running);
         call_end const l_end{l_call, l_waited};
@@ -358,13 +432,7 @@ void callqueue::exit()
         es::unsupp::raise(ORDWEL_HERE, "callqueue::exit() called from different thread");
     }
     m_exited.store(true, std::memory_order_release);
-    link *l_head = nullptr;
-    {
-        scoped_mutex::lock const l_lock(m_calls_mutex);
-        l_head = m_exit_calls.m_head.exchange(nullptr, std::memory_order_relaxed);
-        m_exit_calls.m_tail = nullptr;
-    }
-    taken_calls l_calls(l_head);
+    taken_calls l_calls(m_exit_calls.take_in_order());
     while (!l_calls.empty()) {
         taken_calls::taken const l_taken = l_calls.next();
         held_call const l_held(*l_taken.m_call, m_running);

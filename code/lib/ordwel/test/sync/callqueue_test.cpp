@@ -2,11 +2,15 @@
 #include <ordwel/callqueue.h>
 #include <ordwel/es.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -400,6 +404,68 @@ TEST(callqueue, stress_mixed_calls_from_many_producers)
     for (int l_id = 0; l_id < k_unique_ids; ++l_id) {
         ASSERT_EQ(l_unique_runs[l_id], 1) << "unique id " << l_id;
     }
+}
+
+// Calls of many sizes, some over-aligned, made on producers and freed on the owner, round after
+// round, so that freed memory is handed on: each call finds its own payload intact when it runs,
+// and what a run frees is made again by the next round.
+template <std::size_t N, std::size_t A = alignof(std::max_align_t)> class sized_call : public callqueue_object {
+public:
+    explicit sized_call(std::atomic<int> *a_bad, unsigned char a_mark) : m_bad(a_bad)
+    {
+        std::fill(std::begin(m_payload), std::end(m_payload), a_mark);
+    }
+    void operator()() override
+    {
+        bool const l_aligned = reinterpret_cast<std::uintptr_t>(this) % A == 0;
+        if (!l_aligned || std::count(std::begin(m_payload), std::end(m_payload), m_payload[0]) != N) {
+            ++*m_bad;
+        }
+        std::fill(std::begin(m_payload), std::end(m_payload), 0);
+    }
+
+private:
+    std::atomic<int> *m_bad;
+    alignas(A) unsigned char m_payload[N];
+};
+
+TEST(callqueue, calls_of_all_sizes_keep_their_memory_while_queued)
+{
+    std::atomic<int> l_bad{0};
+    std::atomic<int> l_made{0};
+    int const k_rounds = 50;
+    int const k_threads = 3;
+    for (int l_round = 0; l_round < k_rounds; ++l_round) {
+        std::vector<std::thread> l_producers;
+        for (int l_index = 0; l_index < k_threads; ++l_index) {
+            l_producers.emplace_back([&, l_index] {
+                auto const l_mark = static_cast<unsigned char>(l_round * k_threads + l_index + 1);
+                for (int l_call = 0; l_call < 70; ++l_call) {
+                    queue().add_call(ptr_refcount<callqueue_object>(new sized_call<1>(&l_bad, l_mark)), "size", 0);
+                    queue().add_call(ptr_refcount<callqueue_object>(new sized_call<150>(&l_bad, l_mark)), "size", 0);
+                    queue().add_call(ptr_refcount<callqueue_object>(new sized_call<470>(&l_bad, l_mark)), "size", 0);
+                    queue().add_call(ptr_refcount<callqueue_object>(new sized_call<4000>(&l_bad, l_mark)), "size", 0);
+                    queue().add_call(ptr_refcount<callqueue_object>(new sized_call<64, 256>(&l_bad, l_mark)), "size",
+                                     0);
+                    l_made += 5;
+                }
+            });
+        }
+        for (std::thread &l_thread : l_producers) {
+            l_thread.join();
+        }
+        queue().run();
+    }
+    EXPECT_EQ(l_made, k_rounds * k_threads * 70 * 5);
+    EXPECT_EQ(l_bad, 0);
+    void *const l_place = ::operator new(sizeof(sized_call<8>));
+    auto *const l_placed = new (l_place) sized_call<8>(&l_bad, 1);
+    (*l_placed)();
+    l_placed->~sized_call<8>();
+    ::operator delete(l_place);
+    ptr_refcount<callqueue_object> const l_nothrow(new (std::nothrow) sized_call<100>(&l_bad, 1));
+    queue().add_call(l_nothrow, "nothrow", 0);
+    EXPECT_EQ(l_bad, 0);
 }
 
 // From here on the queue is closed.
