@@ -75,8 +75,9 @@ private:
 
     // A place in one of the queue's lists: the next place and the queue's reference to the call.
     // The object carries one place of its own; a call queued while that one is taken gets a place
-    // on the heap, and a blocking caller's place lives in its stack frame and carries the mark that
-    // its call has ended.
+    // on the heap, and so does a blocking caller's, which carries the mark that its call has ended
+    // and which the caller and the queue share, so that a caller cancelled in its wait leaves
+    // nothing dangling.
     struct link {
         enum class kind : unsigned char { own, heap, waited };
 
