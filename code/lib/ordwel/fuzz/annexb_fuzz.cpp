@@ -16,14 +16,9 @@
 #include <ordwel/buffer.h>
 #include <ordwel/stream.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 // Hands the data out in pieces of the scripted lengths, in turn.
 class source : public ordwel::stream::rd {

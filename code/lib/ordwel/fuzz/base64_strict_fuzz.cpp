@@ -14,16 +14,11 @@
 #include <ordwel/base64.h>
 #include <ordwel/es.h>
 
+#include "fuzz_check.h"
+
 namespace {
 
 using namespace ordwel;
-
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
 
 int value_of(unsigned char a_char, base64_alphabet a_alphabet)
 {

@@ -15,14 +15,9 @@
 #include <ordwel/bitstream.h>
 #include <ordwel/stream.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 class source : public ordwel::stream::rd {
 public:

@@ -12,16 +12,11 @@
 #include <ordwel/es.h>
 #include <ordwel/stream.h>
 
+#include "fuzz_check.h"
+
 namespace {
 
 using namespace ordwel;
-
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        __builtin_trap();
-    }
-}
 
 // A source over the data that gives at most a_piece bytes per read (0: all it can).
 class piecewise_rd : public stream::rd {

@@ -12,14 +12,9 @@
 #include <ordwel/codecs.h>
 #include <ordwel/es.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 bool in_alphabet(unsigned char a_char)
 {

@@ -11,18 +11,13 @@
 #include "core/cpu_dispatch.h"
 #include "stream/codec_kernels.h"
 
+#include "fuzz_check.h"
+
 namespace {
 
 using namespace ordwel;
 using internal::simd_level;
 using bytes = std::vector<unsigned char>;
-
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
 
 simd_level top_level()
 {

@@ -15,14 +15,9 @@
 #include <ordwel/coding.h>
 #include <ordwel/es.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 // The most the program may grow the message to: a fill of half the message per byte of the
 // program would otherwise reach gigabytes within sixty bytes.

@@ -12,14 +12,9 @@
 
 #include <ordwel/process.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 bool simple(std::string const &a_word)
 {

@@ -19,14 +19,9 @@
 #include <ordwel/expgolomb.h>
 #include <ordwel/stream.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 unsigned char const *bytes(std::string const &a_text)
 {

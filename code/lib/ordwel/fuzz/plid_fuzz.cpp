@@ -10,14 +10,9 @@
 
 #include <ordwel/uri_ids.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 } // namespace
 

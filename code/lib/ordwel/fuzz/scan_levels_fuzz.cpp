@@ -17,16 +17,11 @@
 #include "core/byte_scan.h"
 #include "core/cpu_dispatch.h"
 
+#include "fuzz_check.h"
+
 namespace {
 
 using namespace ordwel;
-
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
 
 class trickle : public stream::rd {
 public:

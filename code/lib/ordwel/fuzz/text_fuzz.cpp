@@ -12,14 +12,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 } // namespace
 

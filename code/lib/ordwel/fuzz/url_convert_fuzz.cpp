@@ -11,14 +11,9 @@
 #include <ordwel/url.h>
 #include <ordwel/url_convert.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 } // namespace
 

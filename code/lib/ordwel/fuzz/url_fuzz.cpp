@@ -17,14 +17,9 @@
 #include "addr/percent_decode.h"
 #include "core/cpu_dispatch.h"
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 void check_part(std::string const &a_url, std::string const &a_plain, std::string const &a_decoded)
 {

@@ -13,14 +13,9 @@
 #include <ordwel/url.h>
 #include <ordwel/url_parts.h>
 
-namespace {
+#include "fuzz_check.h"
 
-void check(bool a_condition)
-{
-    if (!a_condition) {
-        std::abort();
-    }
-}
+namespace {
 
 using kvmap = std::map<std::string, std::string>;
 

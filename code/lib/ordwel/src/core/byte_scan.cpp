@@ -106,12 +106,7 @@ std::size_t triple_find_sse41(unsigned char const *a_data, std::size_t a_size, u
             return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
         }
     }
-    for (; l_index + 3 <= a_size; ++l_index) {
-        if (a_data[l_index] == a_first && a_data[l_index + 1] == a_second && a_data[l_index + 2] == a_third) {
-            return l_index;
-        }
-    }
-    return a_size;
+    return l_index + triple_find_scalar(a_data + l_index, a_size - l_index, a_first, a_second, a_third);
 }
 
 // Set membership of 16 bytes: the low nibble picks a row of either table (by the top bit of the
@@ -210,12 +205,7 @@ std::size_t triple_find_avx2(unsigned char const *a_data, std::size_t a_size, un
             return l_index + static_cast<std::size_t>(__builtin_ctz(l_hits));
         }
     }
-    for (; l_index + 3 <= a_size; ++l_index) {
-        if (a_data[l_index] == a_first && a_data[l_index + 1] == a_second && a_data[l_index + 2] == a_third) {
-            return l_index;
-        }
-    }
-    return a_size;
+    return l_index + triple_find_scalar(a_data + l_index, a_size - l_index, a_first, a_second, a_third);
 }
 
 // Set membership of 32 bytes: the low nibble picks a row of either table (by the top bit of the
