@@ -50,6 +50,7 @@ struct unit {
 /// caller keeps alive and unchanged). The start codes are found by the library's vector scan.
 class ORDWEL_API units {
 public:
+    /// Over the a_size bytes at a_data; the first unit comes with the first next().
     units(void const *a_data, uint64 a_size);
 
     /// The next unit; false after the last.
@@ -68,9 +69,13 @@ private:
 /// What a unit_reader hands out as it goes: a unit's start, its payload in pieces, its end.
 class unit_handler {
 public:
+    /// A handler that ignores everything; derived classes override what they want.
     unit_handler() = default;
+    /// Handlers hold no state of their own: copies are plain.
     unit_handler(unit_handler const &) = default;
+    /// As the copy constructor.
     unit_handler &operator=(unit_handler const &) = default;
+    /// Derived handlers are destroyed through this class.
     virtual ~unit_handler() = default;
 
     /// A unit begins. a_unit has its offsets; m_size is 0 and m_header holds the two bytes behind
