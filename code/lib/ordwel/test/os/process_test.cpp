@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -411,9 +412,18 @@ TEST(process, terminate_process_tree_reaches_children_but_not_grandchildren)
                     &l_recorder);
     ASSERT_TRUE(l_recorder.wait_output("\nchild "));
     std::string const l_output = l_recorder.output();
+    // The two lines may come in either order: the grandchild can write before the child does.
     long l_first = 0;
+    long l_first_parent = 0;
     long l_second = 0;
-    ASSERT_EQ(std::sscanf(l_output.c_str(), "child %ld\nchild %ld", &l_first, &l_second), 2) << l_output;
+    long l_second_parent = 0;
+    ASSERT_EQ(std::sscanf(l_output.c_str(), "child %ld of %ld\nchild %ld of %ld", &l_first, &l_first_parent, &l_second,
+                          &l_second_parent),
+              4)
+        << l_output;
+    if (l_first_parent == l_second) {
+        std::swap(l_first, l_second);
+    }
     l_child.terminate_process_tree(false);
     ASSERT_TRUE(l_recorder.wait_finished());
     for (int l_try = 0; l_try < 200 && !is_dead(l_first); ++l_try) {

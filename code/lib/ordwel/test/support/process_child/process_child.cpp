@@ -6,7 +6,7 @@
 //   env          writes the environment, one entry a line, sorted
 //   cwd          writes the working directory           args       writes each further argument as [arg]
 //   sleep MS     sleeps                                  exit N     ends with status N
-//   spawn CMD..  starts itself with the rest of the arguments and writes "child <pid>"
+//   spawn CMD..  starts itself with the rest of the arguments and writes "child <pid> of <own pid>"
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -49,6 +49,15 @@ std::string self_path(char const *a_argv0)
     char l_path[4096];
     ssize_t const l_size = readlink("/proc/self/exe", l_path, sizeof(l_path) - 1);
     return l_size > 0 ? std::string(l_path, static_cast<std::size_t>(l_size)) : std::string();
+#endif
+}
+
+long own_pid()
+{
+#if defined(_WIN32)
+    return static_cast<long>(_getpid());
+#else
+    return static_cast<long>(getpid());
 #endif
 }
 
@@ -178,7 +187,7 @@ int main(int a_argc, char **a_argv)
             return static_cast<int>(std::strtol(l_next, nullptr, 10));
         } else if (l_command == "spawn") {
             long const l_pid = spawn_self(a_argv[0], a_argc - l_index - 1, a_argv + l_index + 1);
-            std::printf("child %ld\n", l_pid);
+            std::printf("child %ld of %ld\n", l_pid, own_pid());
             std::fflush(stdout);
             // The spawned child runs the rest; this one waits long enough to be killed.
             sleep_ms(30000);
