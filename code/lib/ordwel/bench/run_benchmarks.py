@@ -127,6 +127,8 @@ ROWS = [
     ("coding", "network decode", "ordwel_network_decode", "boost_endian_network_decode", "Boost.Endian by hand"),
     ("coding", "network decode, varied items", "ordwel_network_decode_varied", "boost_endian_network_decode_varied",
      "Boost.Endian by hand"),
+    ("coding", "network decode, typed messages", "ordwel_network_decode_messages",
+     "boost_endian_network_decode_messages", "Boost.Endian by hand"),
     ("bitstream", "bit read", "ordwel_bit_read", "gstreamer_bit_read", "GstBitReader"),
     ("bitstream", "bit write", "ordwel_bit_write", "gstreamer_bit_write", "GstBitWriter"),
     ("bitstream", "start-code search", "ordwel_find_start_codes", "gstreamer_find_start_codes",
