@@ -76,7 +76,7 @@ template <unsigned t_set> constexpr internal::byte_set k_subset = subset_of(t_se
 
 // The positions of the delimiters t_set, from the bitmaps of each delimiter: a few ORs, as the set
 // is a constant.
-template <unsigned t_set> uint64 union_of(uint64 const *a_masks)
+template <unsigned t_set> ORDWEL_ALWAYS_INLINE uint64 union_of(uint64 const *a_masks)
 {
     return ((t_set & 1) != 0 ? a_masks[0] : 0) | ((t_set & 2) != 0 ? a_masks[1] : 0) |
            ((t_set & 4) != 0 ? a_masks[2] : 0) | ((t_set & 8) != 0 ? a_masks[3] : 0) |
@@ -100,6 +100,8 @@ public:
     // The bitmaps made by the kernel of the active level.
     explicit url_head(std::string const &a_url) : url_head(a_url.data(), a_url.size())
     {
+        // The kernel maps the eight delimiters only: a '%' may stand anywhere.
+        m_percent = ~uint64(0);
         if (m_size == 0) {
             // The kernel writes the bitmaps of the blocks that the text begins: none here.
             std::memset(m_masks, 0, sizeof m_masks);
@@ -117,10 +119,13 @@ public:
     ORDWEL_TARGET("avx512f,avx512bw")
     ORDWEL_ALWAYS_INLINE url_head(std::string const &a_url, avx512) : url_head(a_url.data(), a_url.size())
     {
-        __m512i const l_block = _mm512_maskz_loadu_epi8(m_size < 64 ? (uint64(1) << m_size) - 1 : ~uint64(0), m_data);
+        // The length decides the mask without a branch: lengths vary from URL to URL.
+        __m512i const l_block =
+            _mm512_maskz_loadu_epi8(((uint64(1) << (m_size % 64)) - 1) | all_if(m_size >= 64), m_data);
         for (std::size_t l_index = 0; l_index < internal::k_byte_positions_count; ++l_index) {
             m_masks[l_index] = _mm512_cmpeq_epi8_mask(l_block, _mm512_set1_epi8(k_url_delimiters[l_index]));
         }
+        m_percent = _mm512_cmpeq_epi8_mask(l_block, _mm512_set1_epi8('%'));
     }
 #endif
 
@@ -139,7 +144,7 @@ public:
 
     // The first of t_set at or behind a_from, or the text's end where that comes first; 64 where
     // the block holds neither (a_from may lie beyond it).
-    template <unsigned t_set> size_type first(size_type a_from) const
+    template <unsigned t_set> ORDWEL_ALWAYS_INLINE size_type first(size_type a_from) const
     {
         uint64 const l_bits = (union_of<t_set>(m_masks) | m_end) & (~uint64(0) << (a_from % 64)) & all_if(a_from < 64);
         return l_bits == 0 ? 64 : internal::lowest_bit(l_bits);
@@ -147,27 +152,27 @@ public:
 
     // The first, the last of t_set in [a_from, a_to); a_to if none. Inside the block: a_to is at
     // most 64.
-    template <unsigned t_set> size_type find(size_type a_from, size_type a_to) const
+    template <unsigned t_set> ORDWEL_ALWAYS_INLINE size_type find(size_type a_from, size_type a_to) const
     {
         uint64 const l_bits = bits<t_set>(a_from, a_to);
         return l_bits == 0 ? a_to : internal::lowest_bit(l_bits);
     }
 
-    template <unsigned t_set> size_type find_last(size_type a_from, size_type a_to) const
+    template <unsigned t_set> ORDWEL_ALWAYS_INLINE size_type find_last(size_type a_from, size_type a_to) const
     {
         uint64 const l_bits = bits<t_set>(a_from, a_to);
         return l_bits == 0 ? a_to : internal::highest_bit(l_bits);
     }
 
     // The first of t_set at or behind a_from in the whole text, or the text's length if none.
-    template <unsigned t_set> size_type find_to_end(size_type a_from) const
+    template <unsigned t_set> ORDWEL_ALWAYS_INLINE size_type find_to_end(size_type a_from) const
     {
         size_type const l_at = first<t_set>(a_from);
         return l_at < 64 || m_size <= 64 ? l_at : find_beyond<t_set>(a_from < 64 ? 64 : a_from);
     }
 
     // Whether a_at holds one of t_set; never beyond the block.
-    template <unsigned t_set> bool is(size_type a_at) const
+    template <unsigned t_set> ORDWEL_ALWAYS_INLINE bool is(size_type a_at) const
     {
         return ((union_of<t_set>(m_masks) >> (a_at % 64)) & uint64(a_at < 64)) != 0;
     }
@@ -178,6 +183,12 @@ public:
         return m_data[a_at] == a_byte;
     }
 
+    // Whether [a_from, a_to) may hold a '%', which only a stretch inside the block can rule out.
+    bool may_hold_percent(size_type a_from, size_type a_to) const
+    {
+        return a_to > 64 || bits_of(m_percent, a_from, a_to) != 0;
+    }
+
     // Whether a_at and the byte behind it are "//", both in the block.
     bool is_mark(size_type a_at) const
     {
@@ -186,9 +197,14 @@ public:
 
 private:
     // The positions of t_set in [a_from, a_to), both at most 64.
-    template <unsigned t_set> uint64 bits(size_type a_from, size_type a_to) const
+    template <unsigned t_set> ORDWEL_ALWAYS_INLINE uint64 bits(size_type a_from, size_type a_to) const
     {
-        return union_of<t_set>(m_masks) & (~uint64(0) << (a_from % 64)) & all_if(a_from < 64) &
+        return bits_of(union_of<t_set>(m_masks), a_from, a_to);
+    }
+
+    static uint64 bits_of(uint64 a_map, size_type a_from, size_type a_to)
+    {
+        return a_map & (~uint64(0) << (a_from % 64)) & all_if(a_from < 64) &
                (((uint64(1) << (a_to % 64)) - 1) | all_if(a_to >= 64));
     }
 
@@ -201,7 +217,8 @@ private:
 
     char const *m_data;
     size_type m_size;
-    uint64 m_end; // the bit of the text's end, if that lies in the block
+    uint64 m_end;     // the bit of the text's end, if that lies in the block
+    uint64 m_percent; // where a '%' may stand
     uint64 m_masks[internal::k_byte_positions_count];
 };
 
@@ -229,6 +246,8 @@ public:
 
     // Whether a_at holds a_byte; a_at is at most the text's length, where a string holds a NUL.
     bool is(size_type a_at, char a_byte) const { return m_head.is(a_at, a_byte); }
+
+    bool may_hold_percent(size_type, size_type) const { return true; }
 
     // Whether a_at holds one of the delimiters t_set.
     template <unsigned t_set> bool is(size_type a_at) const
@@ -579,13 +598,16 @@ std::string decoded(char const *a_data, size_type a_size)
     return l_result;
 }
 
-// The stretch [a_from, a_to) of a_url, empty where a_to isn't behind a_from.
-ORDWEL_ALWAYS_INLINE std::string stretch(std::string const &a_url, size_type a_from, size_type a_to, bool a_decode)
+// The stretch [a_from, a_to) of a_url, empty where a_to isn't behind a_from. Decoding is left out
+// where the search knows the stretch to hold no '%'.
+template <typename t_search>
+ORDWEL_ALWAYS_INLINE std::string stretch(t_search const &a_search, std::string const &a_url, size_type a_from,
+                                         size_type a_to, bool a_decode)
 {
     if (a_to <= a_from) {
         return std::string();
     }
-    if (!a_decode) {
+    if (!a_decode || !a_search.may_hold_percent(a_from, a_to)) {
         return std::string(a_url.data() + a_from, a_to - a_from);
     }
     return decoded(a_url.data() + a_from, a_to - a_from);
@@ -729,7 +751,7 @@ std::string &set_delimited(std::string &a_url, size_type a_from, size_type a_to,
 // The getter of each part comes for every vector level: at the AVX-512 level the first block's
 // bitmaps are made in place, in the getter, which is compiled for that level.
 
-using getter = std::string (*)(std::string const &a_url, bool a_decode);
+using url_scan::getter;
 
 template <typename t_part> ORDWEL_NOINLINE std::string read_whole(std::string const &a_url, bool a_decode)
 {
@@ -778,7 +800,7 @@ struct scheme_part {
     static constexpr bool k_authority = false;
 
     template <typename t_search>
-    static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool)
     {
         return a_layout.m_has_scheme ? std::string(a_url.data(), a_layout.m_d) : std::string();
     }
@@ -788,7 +810,7 @@ struct scheme_specific_part {
     static constexpr bool k_authority = false;
 
     template <typename t_search>
-    static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool)
     {
         return std::string(a_url.data() + a_layout.m_s, a_url.size() - a_layout.m_s);
     }
@@ -798,9 +820,10 @@ struct authority_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
-        return stretch(a_url, a_layout.m_a, a_layout.m_b, a_decode);
+        return stretch(a_search, a_url, a_layout.m_a, a_layout.m_b, a_decode);
     }
 };
 
@@ -808,10 +831,11 @@ struct domain_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         userinfo_layout const l_info = userinfo_in(a_search, a_layout);
-        return l_info.m_has_domain ? stretch(a_url, a_layout.m_a, l_info.m_c, a_decode) : std::string();
+        return l_info.m_has_domain ? stretch(a_search, a_url, a_layout.m_a, l_info.m_c, a_decode) : std::string();
     }
 };
 
@@ -819,10 +843,11 @@ struct user_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         userinfo_layout const l_info = userinfo_in(a_search, a_layout);
-        return stretch(a_url, l_info.m_s, l_info.m_colon, a_decode);
+        return stretch(a_search, a_url, l_info.m_s, l_info.m_colon, a_decode);
     }
 };
 
@@ -830,10 +855,11 @@ struct password_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         userinfo_layout const l_info = userinfo_in(a_search, a_layout);
-        return stretch(a_url, l_info.m_colon + 1, l_info.m_u, a_decode);
+        return stretch(a_search, a_url, l_info.m_colon + 1, l_info.m_u, a_decode);
     }
 };
 
@@ -842,7 +868,8 @@ struct host_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool)
     {
         char const *const l_data = a_url.data();
         host_layout const l_host = host_in(a_search, a_layout, userinfo_in(a_search, a_layout));
@@ -859,7 +886,7 @@ struct host_part {
                 --l_to;
             }
         }
-        return stretch(a_url, l_from, l_to, false);
+        return stretch(a_search, a_url, l_from, l_to, false);
     }
 };
 
@@ -867,10 +894,11 @@ struct service_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         host_layout const l_host = host_in(a_search, a_layout, userinfo_in(a_search, a_layout));
-        return stretch(a_url, l_host.m_t + 1, a_layout.m_b, a_decode);
+        return stretch(a_search, a_url, l_host.m_t + 1, a_layout.m_b, a_decode);
     }
 };
 
@@ -878,10 +906,12 @@ struct path_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         size_type const l_p = a_layout.m_b;
-        return stretch(a_url, l_p, a_search.template find_to_end<k_semicolon | k_question | k_hash>(l_p), a_decode);
+        return stretch(a_search, a_url, l_p, a_search.template find_to_end<k_semicolon | k_question | k_hash>(l_p),
+                       a_decode);
     }
 };
 
@@ -889,10 +919,11 @@ struct params_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         tail_layout const l_tail = tail_in(a_search, a_layout);
-        return stretch(a_url, l_tail.m_semicolon + 1, l_tail.m_q, a_decode);
+        return stretch(a_search, a_url, l_tail.m_semicolon + 1, l_tail.m_q, a_decode);
     }
 };
 
@@ -902,13 +933,14 @@ struct query_part {
     static constexpr bool k_authority = true;
 
     template <typename t_search>
-    static std::string read(t_search &a_search, url_layout const &a_layout, std::string const &a_url, bool a_decode)
+    ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
+                                                 std::string const &a_url, bool a_decode)
     {
         size_type const l_q = a_search.template find_to_end<k_question | k_hash>(a_layout.m_b);
         if (!a_search.is(l_q, '?')) {
             return std::string();
         }
-        return stretch(a_url, l_q + 1, a_search.template find_to_end<k_hash>(l_q + 1), a_decode);
+        return stretch(a_search, a_url, l_q + 1, a_search.template find_to_end<k_hash>(l_q + 1), a_decode);
     }
 };
 
@@ -924,6 +956,24 @@ url_scan::front url_scan::front_of(std::string const &a_text)
     }
     size_type const l_e = find_byte(a_text.data(), '#', l_layout.m_s, a_text.size());
     return front{l_e, l_layout.m_s};
+}
+
+url_scan::getter url_scan::getter_for_level(std::size_t a_part, internal::simd_level a_level)
+{
+    static internal::dispatch<getter> const *const k_parts[] = {&k_read<scheme_part>,
+                                                                &k_read<authority_part>,
+                                                                &k_read<domain_part>,
+                                                                &k_read<user_part>,
+                                                                &k_read<password_part>,
+                                                                &k_read<host_part>,
+                                                                &k_read<service_part>,
+                                                                &k_read<path_part>,
+                                                                &k_read<params_part>,
+                                                                &k_read<query_part>,
+                                                                nullptr,
+                                                                &k_read<scheme_specific_part>};
+    static_assert(sizeof k_parts / sizeof k_parts[0] == k_getter_count, "a getter for each part");
+    return k_parts[a_part] == nullptr ? &url_fragment : k_parts[a_part]->for_level(a_level);
 }
 
 // --- Reading ------------------------------------------------------------------------------------
@@ -993,7 +1043,12 @@ std::string url_query(std::string const &a_url, bool a_decode)
 std::string url_fragment(std::string const &a_url, bool a_decode)
 {
     size_type const l_hash = find_byte(a_url.data(), '#', 0, a_url.size());
-    return l_hash < a_url.size() ? stretch(a_url, l_hash + 1, a_url.size(), a_decode) : std::string();
+    if (l_hash >= a_url.size()) {
+        return std::string();
+    }
+    char const *const l_from = a_url.data() + l_hash + 1;
+    size_type const l_size = a_url.size() - l_hash - 1;
+    return a_decode ? decoded(l_from, l_size) : std::string(l_from, l_size);
 }
 
 void url_query_kvmap(kvmap &a_out, std::string const &a_url, bool a_decode, char a_pair_separator, char a_kv_separator)
