@@ -115,17 +115,28 @@ public:
     struct avx512 {};
 
     // The bitmaps made in place with AVX-512, by a caller compiled for it: no call, and they stay
-    // in registers. The load takes no byte beyond the text.
-    ORDWEL_TARGET("avx512f,avx512bw")
-    ORDWEL_ALWAYS_INLINE url_head(std::string const &a_url, avx512) : url_head(a_url.data(), a_url.size())
+    // in registers. With a_next, for a part behind the authority, the second block's bitmaps of
+    // the delimiters that end those parts as well. The loads take no byte beyond the text, and the
+    // length decides their masks without a branch: lengths vary from URL to URL.
+    ORDWEL_TARGET("avx512f,avx512bw,bmi,bmi2")
+    ORDWEL_ALWAYS_INLINE url_head(std::string const &a_url, avx512, bool a_next) : url_head(a_url.data(), a_url.size())
     {
-        // The length decides the mask without a branch: lengths vary from URL to URL.
-        __m512i const l_block =
-            _mm512_maskz_loadu_epi8(((uint64(1) << (m_size % 64)) - 1) | all_if(m_size >= 64), m_data);
+        __m512i const l_block = _mm512_maskz_loadu_epi8(bytes_below(m_size), m_data);
         for (std::size_t l_index = 0; l_index < internal::k_byte_positions_count; ++l_index) {
             m_masks[l_index] = _mm512_cmpeq_epi8_mask(l_block, _mm512_set1_epi8(k_url_delimiters[l_index]));
         }
         m_percent = _mm512_cmpeq_epi8_mask(l_block, _mm512_set1_epi8('%'));
+        if (a_next) {
+            size_type const l_rest = m_size > 64 ? m_size - 64 : 0;
+            __m512i const l_next = _mm512_maskz_loadu_epi8(bytes_below(l_rest), m_data + 64);
+            std::memset(m_next, 0, sizeof m_next);
+            m_next[0] = _mm512_cmpeq_epi8_mask(l_next, _mm512_set1_epi8('#'));
+            m_next[4] = _mm512_cmpeq_epi8_mask(l_next, _mm512_set1_epi8('?'));
+            m_next[7] = _mm512_cmpeq_epi8_mask(l_next, _mm512_set1_epi8(';'));
+            m_next_percent = _mm512_cmpeq_epi8_mask(l_next, _mm512_set1_epi8('%'));
+            m_next_end = uint64(l_rest < 64) << (l_rest % 64);
+            m_mapped = 128;
+        }
     }
 #endif
 
@@ -164,11 +175,28 @@ public:
         return l_bits == 0 ? a_to : internal::highest_bit(l_bits);
     }
 
-    // The first of t_set at or behind a_from in the whole text, or the text's length if none.
+    // The first of t_set at or behind a_from in the whole text, or the text's length if none: in
+    // the block, then in the second one where its bitmaps are made (t_set is among the delimiters
+    // that end the parts behind the authority), then by the vector set search.
     template <unsigned t_set> ORDWEL_ALWAYS_INLINE size_type find_to_end(size_type a_from) const
     {
+        static_assert((t_set & ~unsigned(k_hash | k_question | k_semicolon)) == 0, "a delimiter of the second block");
         size_type const l_at = first<t_set>(a_from);
-        return l_at < 64 || m_size <= 64 ? l_at : find_beyond<t_set>(a_from < 64 ? 64 : a_from);
+        if (l_at < 64 || m_size <= 64) {
+            return l_at;
+        }
+        if (m_mapped > 64) {
+            size_type const l_from = a_from < 64 ? 0 : a_from - 64;
+            uint64 const l_bits =
+                (union_of<t_set>(m_next) | m_next_end) & (~uint64(0) << (l_from % 64)) & all_if(l_from < 64);
+            if (l_bits != 0) {
+                return 64 + internal::lowest_bit(l_bits);
+            }
+            if (m_size <= 128) {
+                return m_size;
+            }
+        }
+        return find_beyond<t_set>(a_from < m_mapped ? m_mapped : a_from);
     }
 
     // Whether a_at holds one of t_set; never beyond the block.
@@ -183,10 +211,15 @@ public:
         return m_data[a_at] == a_byte;
     }
 
-    // Whether [a_from, a_to) may hold a '%', which only a stretch inside the block can rule out.
+    // Whether [a_from, a_to) may hold a '%', which only a stretch inside the mapped blocks can rule
+    // out.
     bool may_hold_percent(size_type a_from, size_type a_to) const
     {
-        return a_to > 64 || bits_of(m_percent, a_from, a_to) != 0;
+        if (a_to <= 64) {
+            return bits_of(m_percent, a_from, a_to) != 0;
+        }
+        return a_to > m_mapped || bits_of(m_percent, a_from, 64) != 0 ||
+               bits_of(m_next_percent, a_from < 64 ? 0 : a_from - 64, a_to - 64) != 0;
     }
 
     // Whether a_at and the byte behind it are "//", both in the block.
@@ -213,6 +246,12 @@ private:
     {
     }
 
+    // The bits of the first a_count bytes of a block, all of them from 64 on.
+    static uint64 bytes_below(size_type a_count)
+    {
+        return ((uint64(1) << (a_count % 64)) - 1) | all_if(a_count >= 64);
+    }
+
     template <unsigned t_set> size_type find_beyond(size_type a_from) const;
 
     char const *m_data;
@@ -220,6 +259,10 @@ private:
     uint64 m_end;     // the bit of the text's end, if that lies in the block
     uint64 m_percent; // where a '%' may stand
     uint64 m_masks[internal::k_byte_positions_count];
+    size_type m_mapped = 64;                         // how far the bitmaps reach
+    uint64 m_next[internal::k_byte_positions_count]; // the second block's, where they do
+    uint64 m_next_end;                               // the bit of the text's end in the second block
+    uint64 m_next_percent;                           // where a '%' stands in the second block
 };
 
 // Out of line: a getter rarely comes here, and only for the parts behind the authority.
@@ -782,10 +825,10 @@ template <typename t_part> std::string read_portable(std::string const &a_url, b
 
 #if defined(ORDWEL_X86_KERNELS)
 template <typename t_part>
-ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_TARGET("avx512f,avx512bw,bmi,bmi2")
 std::string read_avx512(std::string const &a_url, bool a_decode)
 {
-    return read_part<t_part>(url_head(a_url, url_head::avx512()), a_url, a_decode);
+    return read_part<t_part>(url_head(a_url, url_head::avx512(), t_part::k_behind), a_url, a_decode);
 }
 
 template <typename t_part>
@@ -795,9 +838,11 @@ template <typename t_part> internal::dispatch<getter> const k_read(read_portable
 #endif
 
 // The parts. The scheme and the scheme-specific part need only the scheme (k_authority false),
-// which the first block decides unless it holds no ':', '/' or '#'.
+// which the first block decides unless it holds no ':', '/' or '#'. The parts behind the authority
+// (k_behind) search on past the first block.
 struct scheme_part {
     static constexpr bool k_authority = false;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool)
@@ -808,6 +853,7 @@ struct scheme_part {
 
 struct scheme_specific_part {
     static constexpr bool k_authority = false;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &, url_layout const &a_layout, std::string const &a_url, bool)
@@ -818,6 +864,7 @@ struct scheme_specific_part {
 
 struct authority_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -829,6 +876,7 @@ struct authority_part {
 
 struct domain_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -841,6 +889,7 @@ struct domain_part {
 
 struct user_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -853,6 +902,7 @@ struct user_part {
 
 struct password_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -866,6 +916,7 @@ struct password_part {
 // Narrows the host's stretch past its brackets before copying, so the text is copied once.
 struct host_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -892,6 +943,7 @@ struct host_part {
 
 struct service_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = false;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -904,6 +956,7 @@ struct service_part {
 
 struct path_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = true;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -917,6 +970,7 @@ struct path_part {
 
 struct params_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = true;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
@@ -931,6 +985,7 @@ struct params_part {
 // for.
 struct query_part {
     static constexpr bool k_authority = true;
+    static constexpr bool k_behind = true;
 
     template <typename t_search>
     ORDWEL_ALWAYS_INLINE static std::string read(t_search &a_search, url_layout const &a_layout,
