@@ -1147,8 +1147,10 @@ kvmap url_fragment_kvmap(std::string const &a_url, bool a_decode, char a_pair_se
 // --- Coding -------------------------------------------------------------------------------------
 
 // Counts the bytes to encode first, so the result is allocated once at its final length (and a
-// text with nothing to encode is returned as it is).
-std::string url_encode(std::string const &a_text, bool a_slash)
+// text with nothing to encode is returned as it is). Its byte loops run several percent faster or
+// slower with where they fall against the processor's fetch blocks, so the function starts at a
+// fixed boundary: its speed no longer moves with the code in front of it.
+ORDWEL_CODE_ALIGN(64) std::string url_encode(std::string const &a_text, bool a_slash)
 {
     auto const *const l_data = reinterpret_cast<unsigned char const *>(a_text.data());
     size_type const l_size = a_text.size();
