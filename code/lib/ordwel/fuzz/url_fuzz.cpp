@@ -2,7 +2,7 @@
 // The URL getters on arbitrary text: no crash, no sanitizer report, and every undecoded part is
 // the stretch that a plain byte-by-byte reading of the rules selects. Decoding never makes a part
 // longer and gives what the scalar kernel gives, and every text without a NUL byte comes back from
-// its encoding.
+// its encoding. The getters of every vector level agree.
 
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +15,7 @@
 #include <ordwel/url_parts.h>
 
 #include "addr/percent_decode.h"
+#include "addr/url_scan.h"
 #include "core/cpu_dispatch.h"
 
 #include "fuzz_check.h"
@@ -120,6 +121,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_
     check(l_url.size() >= l_specific.size() &&
           l_url.compare(l_url.size() - l_specific.size(), l_specific.size(), l_specific) == 0);
     std::vector<std::string> const l_expected = parts_by_rules(l_url);
+    internal::simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
     check(l_expected.size() == k_url_part_count);
     // Decoding at the widest level agrees with the scalar kernel (which the unit tests check
     // against the rules byte by byte).
@@ -128,12 +130,20 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_
         internal::k_percent_decode.for_level(internal::simd_level::scalar)(l_scalar.data(), l_url.data(), l_url.size());
     check(url_decode(l_url) == std::string(l_scalar.data(), l_scalar_size));
     for (url_part const &l_part : k_url_parts) {
+        std::size_t const l_index = static_cast<std::size_t>(&l_part - k_url_parts);
         std::string const l_plain = l_part.m_get(l_url, false);
-        check(l_plain == l_expected[static_cast<std::size_t>(&l_part - k_url_parts)]);
+        check(l_plain == l_expected[l_index]);
+        std::string const l_decoded = l_part.m_get(l_url, true);
         if (l_part.m_coded) {
-            check_part(l_url, l_plain, l_part.m_get(l_url, true));
+            check_part(l_url, l_plain, l_decoded);
         } else {
-            check(l_url.find(l_plain) != std::string::npos);
+            check(l_url.find(l_plain) != std::string::npos && l_decoded == l_plain);
+        }
+        // The getters of every level the processor has read alike.
+        for (unsigned l_level = 0; l_level <= static_cast<unsigned>(l_top); ++l_level) {
+            url_scan::getter const l_get =
+                url_scan::getter_for_level(l_index, static_cast<internal::simd_level>(l_level));
+            check(l_get(l_url, false) == l_plain && l_get(l_url, true) == l_decoded);
         }
     }
 

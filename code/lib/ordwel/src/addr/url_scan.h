@@ -2,7 +2,10 @@
 #ifndef ORDWEL_SRC_URL_SCAN_H
 #define ORDWEL_SRC_URL_SCAN_H
 
+#include <cstddef>
 #include <string>
+
+#include "core/cpu_dispatch.h"
 
 namespace ordwel {
 namespace url_scan {
@@ -15,6 +18,13 @@ struct front {
 };
 
 front front_of(std::string const &a_text);
+
+// A getter as the code of one vector level has it, for the tests that compare the levels: the parts
+// in the order of k_url_parts (the scheme's and the host's ignore the bool), then the
+// scheme-specific part. The fragment's getter is the same at every level.
+using getter = std::string (*)(std::string const &a_url, bool a_decode);
+constexpr std::size_t k_getter_count = 12;
+getter getter_for_level(std::size_t a_part, internal::simd_level a_level);
 
 } // namespace url_scan
 } // namespace ordwel

@@ -62,6 +62,9 @@ cpu_features features_new()
     l_features.m_avx512vl = l_features.m_avx512f && bit(l_extended.m_ebx, 31);
     l_features.m_avx512vbmi = l_features.m_avx512f && bit(l_extended.m_ecx, 1);
     l_features.m_avx512vbmi2 = l_features.m_avx512f && bit(l_extended.m_ecx, 6);
+    // Instructions on general registers: they need no state of the operating system's.
+    l_features.m_bmi1 = bit(l_extended.m_ebx, 3);
+    l_features.m_bmi2 = bit(l_extended.m_ebx, 8);
     return l_features;
 }
 
@@ -112,7 +115,8 @@ simd_level simd_level_of(cpu_features const &a_features)
     if (!a_features.m_avx || !a_features.m_avx2) {
         return simd_level::sse41;
     }
-    if (!a_features.m_avx512f || !a_features.m_avx512bw || !a_features.m_avx512vl) {
+    if (!a_features.m_avx512f || !a_features.m_avx512bw || !a_features.m_avx512vl || !a_features.m_bmi1 ||
+        !a_features.m_bmi2) {
         return simd_level::avx2;
     }
     return simd_level::avx512;

@@ -23,7 +23,8 @@ enum class simd_level : unsigned {
     scalar = 0,
     sse41 = 1,  // SSSE3 and SSE4.1
     avx2 = 2,   // AVX and AVX2, with the YMM state saved by the operating system
-    avx512 = 3, // AVX-512 F, BW and VL, with the opmask and ZMM state saved by the operating system
+    avx512 = 3, // AVX-512 F, BW and VL, with the opmask and ZMM state saved by the operating system,
+                // and BMI1 and BMI2 (which every such processor has)
 };
 
 // The instruction sets that the levels and the kernels ask about. The AVX and AVX-512 flags are
@@ -38,6 +39,8 @@ struct cpu_features {
     bool m_avx512vl;
     bool m_avx512vbmi;
     bool m_avx512vbmi2;
+    bool m_bmi1;
+    bool m_bmi2;
 };
 
 struct cpuid_registers {

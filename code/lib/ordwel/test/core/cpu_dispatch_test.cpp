@@ -36,7 +36,7 @@ TEST_F(cpu_dispatch, levels_need_every_feature_of_their_own_and_below)
 {
     internal::cpu_features l_all{};
     l_all.m_ssse3 = l_all.m_sse41 = l_all.m_avx = l_all.m_avx2 = true;
-    l_all.m_avx512f = l_all.m_avx512bw = l_all.m_avx512vl = true;
+    l_all.m_avx512f = l_all.m_avx512bw = l_all.m_avx512vl = l_all.m_bmi1 = l_all.m_bmi2 = true;
     EXPECT_EQ(internal::simd_level_of(l_all), simd_level::avx512);
     EXPECT_EQ(internal::simd_level_of(internal::cpu_features{}), simd_level::scalar);
 
@@ -53,6 +53,8 @@ TEST_F(cpu_dispatch, levels_need_every_feature_of_their_own_and_below)
         {&internal::cpu_features::m_avx512f, simd_level::avx2},
         {&internal::cpu_features::m_avx512bw, simd_level::avx2},
         {&internal::cpu_features::m_avx512vl, simd_level::avx2},
+        {&internal::cpu_features::m_bmi1, simd_level::avx2},
+        {&internal::cpu_features::m_bmi2, simd_level::avx2},
     };
     for (case_t const &l_case : l_cases) {
         internal::cpu_features l_features = l_all;
@@ -106,6 +108,8 @@ TEST_F(cpu_dispatch, detection_agrees_with_the_compiler)
     EXPECT_EQ(l_features.m_avx512vl, __builtin_cpu_supports("avx512vl") != 0);
     EXPECT_EQ(l_features.m_avx512vbmi, __builtin_cpu_supports("avx512vbmi") != 0);
     EXPECT_EQ(l_features.m_avx512vbmi2, __builtin_cpu_supports("avx512vbmi2") != 0);
+    EXPECT_EQ(l_features.m_bmi1, __builtin_cpu_supports("bmi") != 0);
+    EXPECT_EQ(l_features.m_bmi2, __builtin_cpu_supports("bmi2") != 0);
     internal::cpuid_registers l_registers{};
     EXPECT_TRUE(internal::cpuid(0, 0, l_registers));
     EXPECT_GE(l_registers.m_eax, 1U);

@@ -27,6 +27,24 @@
 #define ORDWEL_ALWAYS_INLINE inline
 #endif
 
+// ORDWEL_NOINLINE: a function that the compiler never inlines, for a path that its callers rarely
+// take, so that it doesn't swell them.
+#if defined(__GNUC__)
+#define ORDWEL_NOINLINE __attribute__((noinline))
+#elif defined(_MSC_VER)
+#define ORDWEL_NOINLINE __declspec(noinline)
+#else
+#define ORDWEL_NOINLINE
+#endif
+
+// ORDWEL_CODE_ALIGN(64): a function that starts at a boundary of that many bytes, for a hot loop
+// whose speed would otherwise depend on where the code around it happens to put it.
+#if defined(__GNUC__)
+#define ORDWEL_CODE_ALIGN(a_bytes) __attribute__((aligned(a_bytes)))
+#else
+#define ORDWEL_CODE_ALIGN(a_bytes)
+#endif
+
 // ORDWEL_TARGET("avx2"): compiles one function for an instruction set extension that the rest of
 // the build does not assume, so that a kernel can use it behind a run-time processor check
 // without a global -m flag. Only GCC and Clang on x86 know the attribute; elsewhere it expands to
