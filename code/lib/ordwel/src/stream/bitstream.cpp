@@ -308,9 +308,10 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
     if (l_in_memory && l_memory.m_position <= l_memory.m_size) {
         uint64 const l_from = l_position / 8;
         uint64 const l_left = m_bytes - l_from;
+        // An empty memory stream may have no memory at all: memcmp must not see its null pointer.
         if (l_left <= l_memory.m_position &&
-            std::memcmp(l_block + l_from, l_memory.m_data + l_memory.m_position - l_left,
-                        static_cast<std::size_t>(l_left)) == 0) {
+            (l_left == 0 || std::memcmp(l_block + l_from, l_memory.m_data + l_memory.m_position - l_left,
+                                        static_cast<std::size_t>(l_left)) == 0)) {
             uint64 l_at = 0;
             memory_match const l_match =
                 find_in_memory(l_pattern, nullptr, 0, l_memory, l_memory.m_position - l_left, l_at);
