@@ -87,6 +87,16 @@ void child_release(child_record &a_child);
 // Closes the monitor's own handle.
 void child_release_wait(child_record &a_child);
 
+// Whether the library may end and join its threads while it is being unloaded (or the process
+// exits). Not where unloading holds a lock that an ending thread needs, or where the other threads
+// are gone by then.
+bool unload_may_join_threads();
+
+// Has a_prepare called in the forking thread before every fork of this process, a_parent after it
+// in the parent and a_child after it in the new child; fails when they cannot be registered. Does
+// nothing where processes do not fork.
+status fork_handlers_add(void (*a_prepare)(), void (*a_parent)(), void (*a_child)());
+
 } // namespace platform
 } // namespace ordwel
 

@@ -361,5 +361,16 @@ void child_release_wait(child_record &a_child)
     handle_close(a_child.wait);
 }
 
+bool unload_may_join_threads()
+{
+    return true;
+}
+
+status fork_handlers_add(void (*a_prepare)(), void (*a_parent)(), void (*a_child)())
+{
+    int const l_error = pthread_atfork(a_prepare, a_parent, a_child);
+    return l_error == 0 ? status_done() : status_failed(static_cast<unsigned long>(l_error));
+}
+
 } // namespace platform
 } // namespace ordwel

@@ -256,5 +256,17 @@ void child_release_wait(child_record &a_child)
     handle_close(a_child.wait);
 }
 
+// A DLL's static destructors run in DllMain under the loader lock, which a thread needs to end;
+// at process exit the other threads have been terminated before them.
+bool unload_may_join_threads()
+{
+    return false;
+}
+
+status fork_handlers_add(void (*)(), void (*)(), void (*)())
+{
+    return status_done();
+}
+
 } // namespace platform
 } // namespace ordwel

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+#include "os/monitor_pool.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+
+namespace {
+
+using ordwel::monitor_pool;
+
+// Which body a thread ran last: a new thread starts with 0, so a body that finds another body's
+// mark runs on that body's thread.
+thread_local int tl_last_body = 0;
+
+// A body that marks its thread, notes the mark it found, and can be held until released.
+class body : public ordwel::thread_base {
+public:
+    explicit body(int a_mark, bool a_held = false) : m_mark(a_mark), m_held(a_held) {}
+
+    void operator()() override
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        m_found = tl_last_body;
+        tl_last_body = m_mark;
+        ++m_runs;
+        m_changed.notify_all();
+        m_changed.wait(l_lock, [this] { return !m_held; });
+        m_done = true;
+        m_changed.notify_all();
+    }
+
+    void release()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        m_held = false;
+        m_changed.notify_all();
+    }
+
+    bool wait_running()
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, std::chrono::seconds(10), [this] { return m_runs > 0; });
+    }
+
+    bool wait_done()
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, std::chrono::seconds(10), [this] { return m_done; });
+    }
+
+    int found()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_found;
+    }
+
+    int runs()
+    {
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        return m_runs;
+    }
+
+private:
+    int const m_mark;
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    bool m_held;
+    bool m_done = false;
+    int m_found = -1;
+    int m_runs = 0;
+};
+
+std::shared_ptr<monitor_pool> open_pool()
+{
+    return std::make_shared<monitor_pool>(false);
+}
+
+TEST(monitor_pool, a_body_runs_once_and_its_keep_lives_until_it_returns)
+{
+    std::shared_ptr<monitor_pool> const l_pool = open_pool();
+    body l_body(1, true);
+    std::weak_ptr<int> l_watch;
+    {
+        auto l_keep = std::make_shared<int>(7);
+        l_watch = l_keep;
+        l_pool->run(l_body, std::move(l_keep));
+    }
+    ASSERT_TRUE(l_body.wait_running());
+    EXPECT_FALSE(l_watch.expired()) << "the keep went while its body still ran";
+    l_body.release();
+    ASSERT_TRUE(l_body.wait_done());
+    EXPECT_TRUE(ordwel_test::eventually([&] { return l_watch.expired(); }));
+    EXPECT_TRUE(ordwel_test::eventually([&] { return l_pool->parked_count() == 1; }));
+    EXPECT_EQ(l_body.runs(), 1);
+    l_pool->close();
+}
+
+TEST(monitor_pool, a_parked_thread_takes_the_next_body)
+{
+    std::shared_ptr<monitor_pool> const l_pool = open_pool();
+    body l_first(1);
+    l_pool->run(l_first, nullptr);
+    ASSERT_TRUE(l_first.wait_done());
+    ASSERT_TRUE(ordwel_test::eventually([&] { return l_pool->parked_count() == 1; }));
+
+    body l_second(2);
+    l_pool->run(l_second, nullptr);
+    ASSERT_TRUE(l_second.wait_done());
+    EXPECT_EQ(l_second.found(), 1) << "the second body ran on a new thread";
+    l_pool->close();
+}
+
+TEST(monitor_pool, a_blocked_body_holds_up_no_other_and_few_threads_stay_parked)
+{
+    std::shared_ptr<monitor_pool> const l_pool = open_pool();
+    std::size_t const l_count = monitor_pool::k_parked_limit * 2 + 1;
+    std::vector<std::unique_ptr<body>> l_bodies;
+    for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
+        l_bodies.push_back(std::make_unique<body>(static_cast<int>(l_index) + 10, true));
+        l_pool->run(*l_bodies.back(), nullptr);
+    }
+    // All run at once, each on a thread of its own.
+    for (auto const &l_body : l_bodies) {
+        ASSERT_TRUE(l_body->wait_running());
+        EXPECT_EQ(l_body->found(), 0);
+    }
+    EXPECT_EQ(l_pool->parked_count(), 0u);
+    for (auto const &l_body : l_bodies) {
+        l_body->release();
+        ASSERT_TRUE(l_body->wait_done());
+    }
+    // The threads beyond the limit end instead of parking.
+    EXPECT_TRUE(ordwel_test::eventually([&] { return l_pool->parked_count() == monitor_pool::k_parked_limit; }));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(l_pool->parked_count(), monitor_pool::k_parked_limit);
+
+    // The pool goes on: a later body runs on one of the parked threads.
+    body l_later(99);
+    l_pool->run(l_later, nullptr);
+    ASSERT_TRUE(l_later.wait_done());
+    EXPECT_GE(l_later.found(), 10);
+    for (auto const &l_body : l_bodies) {
+        EXPECT_EQ(l_body->runs(), 1);
+    }
+    l_pool->close();
+}
+
+TEST(monitor_pool, close_ends_parked_threads_and_lets_a_running_body_finish)
+{
+    std::shared_ptr<monitor_pool> l_pool = open_pool();
+    body l_parked(1);
+    l_pool->run(l_parked, nullptr);
+    ASSERT_TRUE(l_parked.wait_done());
+    ASSERT_TRUE(ordwel_test::eventually([&] { return l_pool->parked_count() == 1; }));
+
+    body l_running(2, true);
+    auto l_keep = std::make_shared<int>(0);
+    std::weak_ptr<int> const l_watch = l_keep;
+    l_pool->run(l_running, std::move(l_keep));
+    ASSERT_TRUE(l_running.wait_running());
+    EXPECT_EQ(l_running.found(), 1);
+
+    l_pool->close();
+    EXPECT_EQ(l_pool->parked_count(), 0u);
+
+    // A closed pool still runs bodies, each on a thread that ends with it.
+    body l_after(3);
+    auto l_after_keep = std::make_shared<int>(0);
+    std::weak_ptr<int> const l_after_watch = l_after_keep;
+    l_pool->run(l_after, std::move(l_after_keep));
+    ASSERT_TRUE(l_after.wait_done());
+    EXPECT_EQ(l_after.found(), 0);
+    ASSERT_TRUE(ordwel_test::eventually([&] { return l_after_watch.expired(); }));
+    EXPECT_EQ(l_pool->parked_count(), 0u);
+
+    // The body that ran through the close ends normally; its thread lets go of the pool, which
+    // outlives the caller's handle.
+    std::weak_ptr<monitor_pool> const l_pool_watch = l_pool;
+    l_pool.reset();
+    l_running.release();
+    ASSERT_TRUE(l_running.wait_done());
+    EXPECT_TRUE(ordwel_test::eventually([&] { return l_watch.expired() && l_pool_watch.expired(); }));
+}
+
+TEST(monitor_pool, the_process_pool_is_one_and_stays_open)
+{
+    std::shared_ptr<monitor_pool> const l_pool = monitor_pool::current();
+    EXPECT_EQ(monitor_pool::current(), l_pool);
+    body l_first(1);
+    l_pool->run(l_first, nullptr);
+    ASSERT_TRUE(l_first.wait_done());
+    EXPECT_TRUE(ordwel_test::eventually([&] { return l_pool->parked_count() > 0; }));
+}
+
+} // namespace
