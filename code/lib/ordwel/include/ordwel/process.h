@@ -30,9 +30,9 @@ constexpr unsigned process_capture = 1;
 /// caller's).
 ///
 /// Monitor threads are kept by the library between children: one that has reported its child
-/// waits, parked, for the next, and a few such threads stay parked at most. A child made by fork
-/// starts with none of them. When the library is unloaded, or the process exits, the parked
-/// threads end; a monitor still watching a child ends with that child.
+/// waits, parked, for the next, and a few such threads stay parked at most. The parked threads end
+/// before the process forks, and on POSIX when the library is unloaded or the process exits; a
+/// monitor still watching a child ends with that child.
 class ORDWEL_API process : public thread_base {
 public:
     /// What the monitor tells its caller. Both calls come on the monitor thread, with no lock of

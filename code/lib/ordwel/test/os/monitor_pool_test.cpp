@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "os/monitor_pool.h"
 
-#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -45,22 +45,17 @@ public:
 
     bool wait_running()
     {
-        std::unique_lock<std::mutex> l_lock(m_lock);
-        return m_changed.wait_for(l_lock, std::chrono::seconds(10), [this] { return m_runs > 0; });
+        return wait_until([this] { return m_runs > 0; });
     }
-
     bool wait_done()
     {
-        std::unique_lock<std::mutex> l_lock(m_lock);
-        return m_changed.wait_for(l_lock, std::chrono::seconds(10), [this] { return m_done; });
+        return wait_until([this] { return m_done; });
     }
-
     int found()
     {
         std::lock_guard<std::mutex> l_lock(m_lock);
         return m_found;
     }
-
     int runs()
     {
         std::lock_guard<std::mutex> l_lock(m_lock);
@@ -68,6 +63,12 @@ public:
     }
 
 private:
+    template <class T_condition> bool wait_until(T_condition a_condition)
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, std::chrono::seconds(10), a_condition);
+    }
+
     int const m_mark;
     std::mutex m_lock;
     std::condition_variable m_changed;
