@@ -1,79 +1,107 @@
 // SPDX-License-Identifier: MIT
 #include "os/monitor_pool.h"
 
+#include <algorithm>
 #include <atomic>
 #include <utility>
 
 #include <ordwel/condition.h>
-
-#include "platform/process.h"
+#include <ordwel/es.h>
 
 namespace ordwel {
 
+// A body handed to the pool, with what it keeps alive. With a wait set it waits there under its
+// handle: the caller's, or an event of its own, set from the start, for a body that runs at once.
+struct monitor_pool::job {
+    job(thread_base &a_body, std::shared_ptr<void> a_keep, platform::handle a_ready)
+        : m_body(a_body), m_keep(std::move(a_keep)), m_ready(a_ready)
+    {
+    }
+    ~job() { platform::handle_close(m_event); }
+    job(job const &) = delete;
+    job &operator=(job const &) = delete;
+
+    thread_base &m_body;
+    std::shared_ptr<void> m_keep;
+    platform::handle m_ready;
+    platform::handle m_event = platform::k_no_handle;
+};
+
 class monitor_pool::worker : public thread_base {
 public:
-    worker(std::shared_ptr<monitor_pool> a_pool, thread_base &a_body, std::shared_ptr<void> a_keep)
-        : m_pool(std::move(a_pool)), m_body(&a_body), m_keep(std::move(a_keep))
+    worker(std::shared_ptr<monitor_pool> a_pool, job *a_first)
+        : m_pool(std::move(a_pool)), m_starting(a_first == nullptr), m_job(a_first)
     {
     }
     void operator()() override;
-    // Gives a parked worker a body, or none to end it. The caller holds the pool's lock, which
-    // keeps the worker from ending (and going) before the signal is out; the worker itself waits
-    // under a lock of its own, which is free when it wakes.
-    void wake(thread_base *a_body, std::shared_ptr<void> a_keep);
+    // Hands a job (or, to end it, none) to a worker parked on its own condition. The caller holds
+    // the pool's lock, which keeps the worker from ending (and going) before the signal is out;
+    // the worker itself waits under a lock of its own, free when it wakes.
+    void wake(job *a_job);
 
     thread m_thread;
 
 private:
-    // Waits for wake; false when woken without a body.
-    bool park();
+    // Waits on the worker's own condition for wake().
+    job *park();
 
     std::shared_ptr<monitor_pool> m_pool;
+    // Started to park on the wait set: the pool counts it as parked from the start, so that no
+    // other thread is started for the same purpose meanwhile.
+    bool m_starting;
     mutex m_wait_lock;
     condition m_woken_changed;
-    // Under m_wait_lock while the worker is parked; its own while it runs.
-    bool m_woken = false;
-    thread_base *m_body;
-    std::shared_ptr<void> m_keep;
+    bool m_woken = false; // under m_wait_lock
+    job *m_job;
 };
 
-void monitor_pool::worker::wake(thread_base *a_body, std::shared_ptr<void> a_keep)
+void monitor_pool::worker::wake(job *a_job)
 {
     {
         scoped_mutex::lock l_lock(m_wait_lock);
-        m_body = a_body;
-        m_keep = std::move(a_keep);
+        m_job = a_job;
         m_woken = true;
     }
     m_woken_changed.signal();
 }
 
-bool monitor_pool::worker::park()
+monitor_pool::job *monitor_pool::worker::park()
 {
     scoped_mutex::lock l_lock(m_wait_lock);
     while (!m_woken) {
         m_woken_changed.wait(m_wait_lock);
     }
     m_woken = false;
-    return m_body != nullptr;
+    return m_job;
 }
 
 void monitor_pool::worker::operator()()
 {
     monitor_pool &l_pool = *m_pool;
+    job *l_job = m_job;
     for (;;) {
-        (*m_body)();
-        // What the body kept alive may go here, with its handles: outside the pool's lock.
-        m_keep.reset();
-        m_body = nullptr;
-        {
-            scoped_mutex::lock l_lock(l_pool.m_lock);
-            if (l_pool.m_closed || l_pool.m_parked.size() >= k_parked_limit) {
-                break;
-            }
-            l_pool.m_parked.push_back(this);
+        if (l_job != nullptr) {
+            l_job->m_body();
+            // What the body kept alive may go here, with its handles: outside the pool's lock.
+            delete l_job;
         }
-        if (!park()) {
+        scoped_mutex::lock l_lock(l_pool.m_lock);
+        if (m_starting) {
+            m_starting = false;
+            --l_pool.m_starting;
+        }
+        if (l_pool.m_closed || l_pool.m_parked.size() >= k_parked_limit) {
+            --l_pool.m_threads;
+            break;
+        }
+        l_pool.m_parked.push_back(this);
+        if (l_pool.m_wait_set != platform::k_no_handle) {
+            l_job = l_pool.wait_for_job(*this);
+        } else {
+            scoped_mutex::unlock l_unlock(l_pool.m_lock);
+            l_job = park();
+        }
+        if (l_job == nullptr) {
             // Closed while parked: close() joins this thread.
             return;
         }
@@ -84,26 +112,137 @@ void monitor_pool::worker::operator()()
     delete this;
 }
 
+monitor_pool::job *monitor_pool::wait_for_job(worker &a_worker)
+{
+    platform::handle const l_set = m_wait_set;
+    for (;;) {
+        void *l_key = nullptr;
+        platform::status l_waited;
+        {
+            scoped_mutex::unlock l_unlock(m_lock);
+            l_waited = platform::wait_set_wait(l_set, l_key);
+        }
+        if (l_waited.failed()) {
+            es::call::raise(ORDWEL_HERE, "monitor wait failed");
+        }
+        if (m_closed) {
+            // close() took this thread with the parked ones, and the job it was woken for.
+            return nullptr;
+        }
+        auto const l_found = std::find(m_waiting.begin(), m_waiting.end(), static_cast<job *>(l_key));
+        if (l_found == m_waiting.end()) {
+            continue;
+        }
+        job *const l_job = *l_found;
+        m_waiting.erase(l_found);
+        m_parked.erase(std::find(m_parked.begin(), m_parked.end(), &a_worker));
+        platform::wait_set_remove(l_set, l_job->m_ready);
+        // A thread must go on waiting while handles do: a body may block until another child has
+        // been reported.
+        if (m_parked.empty() && m_starting == 0 && !m_waiting.empty()) {
+            try {
+                start_worker(nullptr);
+            } catch (es::call const &) {
+                // The handles are taken up when a thread parks again.
+            }
+        }
+        return l_job;
+    }
+}
+
 monitor_pool::monitor_pool(bool a_closed) : m_closed(a_closed)
 {
 }
 
-monitor_pool::~monitor_pool() = default;
-
-void monitor_pool::run(thread_base &a_body, std::shared_ptr<void> a_keep)
+monitor_pool::~monitor_pool()
 {
-    scoped_mutex::lock l_lock(m_lock);
-    if (!m_parked.empty()) {
-        worker *const l_worker = m_parked.back();
-        m_parked.pop_back();
-        l_worker->wake(&a_body, std::move(a_keep));
-        return;
-    }
+    platform::handle_close(m_closing);
+    platform::handle_close(m_wait_set);
+}
+
+void monitor_pool::start_worker(job *a_first)
+{
     // Started under the lock, which the new thread takes before it can end: it never finds its
     // handle half written.
-    std::unique_ptr<worker> l_worker(new worker(shared_from_this(), a_body, std::move(a_keep)));
+    std::unique_ptr<worker> l_worker(new worker(shared_from_this(), a_first));
     l_worker->m_thread.start(*l_worker);
     l_worker.release();
+    ++m_threads;
+    if (a_first == nullptr) {
+        ++m_starting;
+    }
+}
+
+bool monitor_pool::open_wait_set()
+{
+    if (!m_wait_set_tried) {
+        m_wait_set_tried = true;
+        platform::handle l_set = platform::k_no_handle;
+        platform::handle l_closing = platform::k_no_handle;
+        if (platform::wait_set_create(l_set).failed() || platform::event_create(l_closing, false).failed() ||
+            platform::wait_set_add(l_set, l_closing, nullptr, false).failed()) {
+            platform::handle_close(l_closing);
+            platform::handle_close(l_set);
+            return false;
+        }
+        m_wait_set = l_set;
+        m_closing = l_closing;
+    }
+    return m_wait_set != platform::k_no_handle;
+}
+
+void monitor_pool::close_wait_set()
+{
+    platform::handle_close(m_closing);
+    platform::handle_close(m_wait_set);
+    m_wait_set_tried = false;
+}
+
+bool monitor_pool::wait_in_set(std::unique_ptr<job> &a_job)
+{
+    if (a_job->m_ready == platform::k_no_handle) {
+        // A body that runs at once waits on an event of its own, set from the start.
+        if (platform::event_create(a_job->m_event, true).failed()) {
+            return false;
+        }
+        a_job->m_ready = a_job->m_event;
+    }
+    if (m_parked.empty() && m_starting == 0) {
+        start_worker(nullptr);
+    }
+    if (platform::wait_set_add(m_wait_set, a_job->m_ready, a_job.get(), true).failed()) {
+        return false;
+    }
+    m_waiting.push_back(a_job.release());
+    return true;
+}
+
+void monitor_pool::run(thread_base &a_body, std::shared_ptr<void> a_keep, platform::handle a_ready)
+{
+    std::unique_ptr<job> l_job(new job(a_body, std::move(a_keep), a_ready));
+    scoped_mutex::lock l_lock(m_lock);
+    try {
+        if (!m_closed && open_wait_set()) {
+            if (wait_in_set(l_job)) {
+                return;
+            }
+        } else if (!m_closed && !m_parked.empty()) {
+            worker *const l_worker = m_parked.back();
+            m_parked.pop_back();
+            l_worker->wake(l_job.release());
+            return;
+        }
+        // A closed pool, or a handle the set did not take: a thread of its own.
+        start_worker(l_job.get());
+        l_job.release();
+    } catch (...) {
+        // No thread could start. A pool that has none gives its wait set back, so that a failed
+        // start leaves no handle open.
+        if (m_threads == 0) {
+            close_wait_set();
+        }
+        throw;
+    }
 }
 
 void monitor_pool::close()
@@ -113,14 +252,33 @@ void monitor_pool::close()
         scoped_mutex::lock l_lock(m_lock);
         m_closed = true;
         l_parked.swap(m_parked);
-        for (worker *l_worker : l_parked) {
-            l_worker->wake(nullptr, nullptr);
+        m_threads -= l_parked.size();
+        if (m_wait_set != platform::k_no_handle) {
+            // Set for good: every thread parked on the set wakes and finds the pool closed.
+            platform::event_set(m_closing);
+        } else {
+            for (worker *l_worker : l_parked) {
+                l_worker->wake(nullptr);
+            }
         }
+        // The bodies still waiting for their handles get threads of their own, which wait for
+        // the handles themselves.
+        for (job *l_job : m_waiting) {
+            platform::wait_set_remove(m_wait_set, l_job->m_ready);
+            try {
+                start_worker(l_job);
+            } catch (es::call const &) {
+                delete l_job;
+            }
+        }
+        m_waiting.clear();
     }
     for (worker *l_worker : l_parked) {
         l_worker->m_thread.join();
         delete l_worker;
     }
+    scoped_mutex::lock l_lock(m_lock);
+    close_wait_set();
 }
 
 std::size_t monitor_pool::parked_count() const
