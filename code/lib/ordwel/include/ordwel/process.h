@@ -30,9 +30,11 @@ constexpr unsigned process_capture = 1;
 /// caller's).
 ///
 /// Monitor threads are kept by the library between children: one that has reported its child
-/// waits, parked, for the next, and a few such threads stay parked at most. The parked threads end
-/// before the process forks, and on POSIX when the library is unloaded or the process exits; a
-/// monitor still watching a child ends with that child.
+/// waits, parked, for the next, and a few such threads stay parked at most. On Linux a child
+/// without process_capture holds no thread until it ends: the parked threads wait on all such
+/// children at once, and one of them takes the child up at its end. The parked threads end before
+/// the process forks, and on POSIX when the library is unloaded or the process exits; a monitor
+/// still watching a child ends with that child.
 class ORDWEL_API process : public thread_base {
 public:
     /// What the monitor tells its caller. Both calls come on the monitor thread, with no lock of
@@ -108,11 +110,13 @@ public:
     /// thread_base's request to stop, which does nothing here.
     using thread_base::terminate;
 
-    /// The monitor's body, public as thread_base's and run on a monitor thread; not for callers.
+    /// thread_base's body, not for callers. It does nothing: the monitor's work belongs to a record
+    /// that the object shares with its monitor thread, and runs there.
     void operator()() override;
 
 private:
     struct info;
+    class watcher;
     class input_feeder;
 
     static void cancel_reports(info &a_info);
@@ -122,12 +126,13 @@ private:
     static void report_held(info &a_info);
     static void take_output(info &a_info, unsigned char const *a_data, unsigned a_size);
     static void drain_output(info &a_info);
-    static void start_feeding(std::shared_ptr<info> const &a_info);
+    static void start_feeding(info &a_info);
+    static void watch(info &a_info);
     int create_child_process(char const *a_command_line, char const *a_environment);
     void read_child_output();
 
     std::shared_ptr<info> m_info;
-    // Not started: the monitor runs on a thread of the library's pool of monitor threads.
+    // Never started: the monitor runs on a thread of the library's pool of monitor threads.
     thread m_monitor;
     mutex m_mutex;
     std::string m_id;

@@ -26,6 +26,18 @@ constexpr unsigned k_report_end_yields = 64;
 
 } // namespace
 
+// The monitor's body: waits for the child's end, records the results and reports them. It runs on
+// a thread of the pool of monitor threads, and only once the child has ended where the platform
+// lets the pool wait for that.
+class process::watcher : public thread_base {
+public:
+    explicit watcher(info &a_info) : m_info(a_info) {}
+    void operator()() override;
+
+private:
+    info &m_info;
+};
+
 // Writes the child's whole input and closes the pipe, then lets the monitor report output. It
 // runs on a pooled thread of its own, so that the monitor takes output while the input goes in.
 class process::input_feeder : public thread_base {
@@ -41,7 +53,7 @@ private:
 // still reads lives here, kept alive by both. m_lock orders the monitor's recording against the
 // destructor and terminate, and every signal to the child against its reaping, so that no signal
 // ever reaches a process that reused the child's id.
-struct process::info {
+struct process::info : std::enable_shared_from_this<process::info> {
     mutex m_lock;
     condition m_changed;
 
@@ -54,14 +66,16 @@ struct process::info {
     bool m_capture = false;
     std::string m_stdin_data;
     process::status *m_listener = nullptr;
+    // The object, for the recording and the reports; touched only under m_lock, once m_ready is
+    // set and while m_cancelled is not.
+    process *m_owner = nullptr;
+    watcher m_watcher{*this};
     input_feeder m_feeder{*this};
     // Output that came while the input still went in, reported once all of it is in.
     std::string m_held;
     bool m_input_done = false; // all input is in (or could not go in): output may be reported
 
-    bool m_started = false;   // the object was handed to a monitor thread
     bool m_ready = false;     // the constructor is done with the object
-    bool m_taken = false;     // the monitor no longer calls the object unlocked
     bool m_cancelled = false; // the monitor is to record and report nothing
     bool m_closed = false;    // terminate closed the child's handles
     bool m_reaped = false;    // the child's id is no longer ours
@@ -237,14 +251,15 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     // by the process wait, never by the end of the pipe.
     platform::handle_close(l_info.m_in_read);
 
-    // The monitor comes from a pool of threads kept between children: a child costs the wake-up
-    // of a parked thread, where a thread of its own would cost a thread start.
-    l_info.m_started = true;
+    // The monitor comes from a pool of threads kept between children. Without captured pipes
+    // it has nothing to do before the child's end, so the pool starts it only then, where it can
+    // wait for the child's handle: handing the child over then wakes no thread.
+    l_info.m_owner = this;
     try {
-        monitor_pool::current()->run(*this, m_info);
+        monitor_pool::current()->run(l_info.m_watcher, m_info,
+                                     l_info.m_capture ? platform::k_no_handle : l_info.m_child.wait);
     } catch (...) {
         // Nobody would watch or reap the child: it goes before the exception leaves.
-        l_info.m_started = false;
         abandon_child(l_info);
         throw;
     }
@@ -259,13 +274,6 @@ process::~process()
 {
     {
         scoped_mutex::lock l_lock(m_info->m_lock);
-        if (m_info->m_started) {
-            // The monitor's thread calls the object first thing; the object must not go before
-            // that call has taken what it needs.
-            while (!m_info->m_taken) {
-                m_info->m_changed.wait(m_info->m_lock);
-            }
-        }
         cancel_reports(*m_info);
     }
     m_info.reset();
@@ -543,46 +551,53 @@ void process::input_feeder::operator()()
     m_info.m_changed.broadcast();
 }
 
-void process::start_feeding(std::shared_ptr<info> const &a_info)
+void process::start_feeding(info &a_info)
 {
-    if (!a_info->m_stdin_data.empty()) {
+    if (!a_info.m_stdin_data.empty()) {
         try {
-            monitor_pool::current()->run(a_info->m_feeder, a_info);
+            monitor_pool::current()->run(a_info.m_feeder, a_info.shared_from_this());
             return;
         } catch (es::call const &) {
             // No thread for the input: it goes in here, before any output is read, which is
             // enough for input that fits the pipe.
         }
     }
-    a_info->m_feeder();
+    a_info.m_feeder();
 }
 
 void process::operator()()
 {
-    // The object is alive here: its destructor waits for m_taken. From then on the object is
-    // touched only under the record's lock, once the constructor is done with it and while the
-    // monitor is not cancelled: the destructor cancels it under that lock.
-    std::shared_ptr<info> const l_shared = m_info;
-    info &l_info = *l_shared;
+    // The monitor's work is the shared record's, which may outlive this object: it runs on a
+    // thread of the pool of monitor threads (watcher), and nothing is left to run here.
+}
+
+void process::watcher::operator()()
+{
+    watch(m_info);
+}
+
+void process::watch(info &a_info)
+{
+    // The pool keeps the record alive while this runs. The object itself is touched only under
+    // the record's lock, once the constructor is done with it and while the monitor is not
+    // cancelled: the destructor cancels it under that lock.
     {
-        scoped_mutex::lock l_lock(l_info.m_lock);
-        l_info.m_taken = true;
-        l_info.m_monitor_id = std::this_thread::get_id();
-        l_info.m_changed.broadcast();
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        a_info.m_monitor_id = std::this_thread::get_id();
     }
 
     // The input goes in on another thread while this one takes the output, so that no size of
     // input deadlocks against a child that writes as it reads.
-    if (l_info.m_capture) {
-        start_feeding(l_shared);
+    if (a_info.m_capture) {
+        start_feeding(a_info);
     }
 
-    platform::handle const l_output = l_info.m_capture ? l_info.m_out_read : platform::k_no_handle;
+    platform::handle const l_output = a_info.m_capture ? a_info.m_out_read : platform::k_no_handle;
     for (bool l_waiting = true; l_waiting;) {
         platform::wait_result l_result = platform::wait_result::other;
-        platform::status const l_status = platform::child_wait(l_info.m_child, l_output, l_result);
+        platform::status const l_status = platform::child_wait(a_info.m_child, l_output, l_result);
         if (l_status.failed()) {
-            platform::handle_close(l_info.m_out_read);
+            platform::handle_close(a_info.m_out_read);
             std::fprintf(stderr, "WaitForSingleObject returned error: %i\n", static_cast<int>(l_status.m_code));
             return;
         }
@@ -591,8 +606,8 @@ void process::operator()()
             l_waiting = false;
             break;
         case platform::wait_result::timeout:
-            if (l_info.m_capture) {
-                drain_output(l_info);
+            if (a_info.m_capture) {
+                drain_output(a_info);
             }
             break;
         case platform::wait_result::other:
@@ -600,55 +615,57 @@ void process::operator()()
         }
     }
 
-    if (l_info.m_capture) {
-        drain_output(l_info);
+    if (a_info.m_capture) {
+        drain_output(a_info);
         {
             // The child has ended, so the feeder's write ends too (the pipe broke, if nothing
             // else).
-            scoped_mutex::lock l_lock(l_info.m_lock);
-            while (!l_info.m_input_done) {
-                l_info.m_changed.wait(l_info.m_lock);
+            scoped_mutex::lock l_lock(a_info.m_lock);
+            while (!a_info.m_input_done) {
+                a_info.m_changed.wait(a_info.m_lock);
             }
         }
-        report_held(l_info);
-        platform::handle_close(l_info.m_out_read);
-        platform::handle_close(l_info.m_out_write);
+        report_held(a_info);
+        platform::handle_close(a_info.m_out_read);
+        platform::handle_close(a_info.m_out_write);
     }
 
     platform::child_outcome l_outcome;
     process::status *l_listener = nullptr;
+    process *l_owner = nullptr;
     {
-        scoped_mutex::lock l_lock(l_info.m_lock);
-        platform::child_collect(l_info.m_child, l_outcome);
-        l_info.m_reaped = true;
-        if (!owner_reachable(l_info)) {
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        platform::child_collect(a_info.m_child, l_outcome);
+        a_info.m_reaped = true;
+        if (!owner_reachable(a_info)) {
             return;
         }
+        l_owner = a_info.m_owner;
         {
-            scoped_mutex::lock l_guard(m_mutex);
-            m_finished = true;
+            scoped_mutex::lock l_guard(l_owner->m_mutex);
+            l_owner->m_finished = true;
             // Once terminate has closed the child's handles, neither the exit code nor the
             // times can be read any more.
-            if (l_outcome.has_code && !l_info.m_closed) {
-                m_status = l_outcome.code;
+            if (l_outcome.has_code && !a_info.m_closed) {
+                l_owner->m_status = l_outcome.code;
             }
-            fraction<unsigned long long> const l_elapsed = timestamp_with_utc(0, 0) - m_starttime;
-            m_real_time = static_cast<double>(l_elapsed.numer()) / static_cast<double>(l_elapsed.denom());
-            if (l_outcome.has_times && !l_info.m_closed) {
-                m_user_time = static_cast<double>(l_outcome.user) / 10000000.0;
-                m_system_time = static_cast<double>(l_outcome.kernel) / 10000000.0;
+            fraction<unsigned long long> const l_elapsed = timestamp_with_utc(0, 0) - l_owner->m_starttime;
+            l_owner->m_real_time = static_cast<double>(l_elapsed.numer()) / static_cast<double>(l_elapsed.denom());
+            if (l_outcome.has_times && !a_info.m_closed) {
+                l_owner->m_user_time = static_cast<double>(l_outcome.user) / 10000000.0;
+                l_owner->m_system_time = static_cast<double>(l_outcome.kernel) / 10000000.0;
             }
         }
-        l_listener = l_info.m_listener;
-        l_info.m_reporting = l_listener != nullptr;
+        l_listener = a_info.m_listener;
+        a_info.m_reporting = l_listener != nullptr;
     }
     if (l_listener != nullptr) {
-        l_listener->finished(this);
+        l_listener->finished(l_owner);
         {
-            scoped_mutex::lock l_lock(l_info.m_lock);
-            l_info.m_reporting = false;
+            scoped_mutex::lock l_lock(a_info.m_lock);
+            a_info.m_reporting = false;
         }
-        l_info.m_changed.broadcast();
+        a_info.m_changed.broadcast();
     }
 }
 
