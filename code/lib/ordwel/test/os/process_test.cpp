@@ -24,6 +24,7 @@
 #include <windows.h>
 #else
 #include <csignal>
+#include <dirent.h>
 #include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -393,6 +394,44 @@ TEST(process, many_children_at_once_each_report_once)
             EXPECT_EQ(l_recorder->finished_count(), 1);
         }
     }
+}
+
+#if defined(__linux__)
+// The threads of this process.
+int thread_count()
+{
+    int l_count = 0;
+    if (DIR *const l_tasks = opendir("/proc/self/task")) {
+        while (dirent const *const l_entry = readdir(l_tasks)) {
+            l_count += l_entry->d_name[0] != '.' ? 1 : 0;
+        }
+        closedir(l_tasks);
+    }
+    return l_count;
+}
+#endif
+
+// Children without captured pipes hold no thread while they run, where the platform lets the
+// monitors wait for many children at once: a few threads wait for all of them.
+TEST(process, running_children_hold_no_threads_of_their_own)
+{
+#if defined(__linux__)
+    constexpr int k_children = 16;
+    int const l_before = thread_count();
+    std::vector<std::unique_ptr<recorder>> l_recorders;
+    std::vector<std::unique_ptr<process>> l_children;
+    for (int l_index = 0; l_index < k_children; ++l_index) {
+        l_recorders.push_back(std::make_unique<recorder>());
+        l_children.push_back(std::make_unique<process>("s", child_program(), std::vector<std::string>{"sleep", "300"},
+                                                       env_map{}, "", "", 0u, l_recorders.back().get()));
+    }
+    EXPECT_LE(thread_count(), l_before + 2);
+    for (auto const &l_recorder : l_recorders) {
+        EXPECT_TRUE(l_recorder->wait_finished());
+    }
+#else
+    GTEST_SKIP() << "counts threads in /proc, which only Linux has";
+#endif
 }
 
 // A status object that starts a second child from finished, on the monitor thread, and waits
