@@ -38,13 +38,12 @@ public:
     // the pool's lock, which keeps the worker from ending (and going) before the signal is out;
     // the worker itself waits under a lock of its own, free when it wakes.
     void wake(job *a_job);
+    // Waits on the worker's own condition for wake().
+    job *park();
 
     thread m_thread;
 
 private:
-    // Waits on the worker's own condition for wake().
-    job *park();
-
     std::shared_ptr<monitor_pool> m_pool;
     // Started to park on the wait set: the pool counts it as parked from the start, so that no
     // other thread is started for the same purpose meanwhile.
@@ -123,7 +122,16 @@ monitor_pool::job *monitor_pool::wait_for_job(worker &a_worker)
             l_waited = platform::wait_set_wait(l_set, l_key);
         }
         if (l_waited.failed()) {
-            es::call::raise(ORDWEL_HERE, "monitor wait failed");
+            // The set is gone from under the pool (a descriptor closed by someone else): the
+            // pool goes on without it, as where the platform has none.
+            if (m_wait_set == l_set) {
+                abandon_wait_set();
+            }
+            if (m_closed) {
+                return nullptr;
+            }
+            scoped_mutex::unlock l_unlock(m_lock);
+            return a_worker.park();
         }
         if (m_closed) {
             // close() took this thread with the parked ones, and the job it was woken for.
@@ -198,6 +206,27 @@ void monitor_pool::close_wait_set()
     m_wait_set_tried = false;
 }
 
+void monitor_pool::hand_out_waiting()
+{
+    for (job *l_job : m_waiting) {
+        try {
+            start_worker(l_job);
+        } catch (es::call const &) {
+            // Nothing can watch the child then; it stays unreaped until the process ends.
+            delete l_job;
+        }
+    }
+    m_waiting.clear();
+}
+
+void monitor_pool::abandon_wait_set()
+{
+    // The descriptors' numbers may belong to others by now: they are left alone.
+    m_wait_set = platform::k_no_handle;
+    m_closing = platform::k_no_handle;
+    hand_out_waiting();
+}
+
 bool monitor_pool::wait_in_set(std::unique_ptr<job> &a_job)
 {
     if (a_job->m_ready == platform::k_no_handle) {
@@ -265,13 +294,8 @@ void monitor_pool::close()
         // the handles themselves.
         for (job *l_job : m_waiting) {
             platform::wait_set_remove(m_wait_set, l_job->m_ready);
-            try {
-                start_worker(l_job);
-            } catch (es::call const &) {
-                delete l_job;
-            }
         }
-        m_waiting.clear();
+        hand_out_waiting();
     }
     for (worker *l_worker : l_parked) {
         l_worker->m_thread.join();

@@ -62,6 +62,10 @@ private:
     // Under m_lock: makes the wait set, where the platform has one; false where it has none.
     bool open_wait_set();
     void close_wait_set();
+    // Under m_lock: the pool goes on without its wait set, which failed.
+    void abandon_wait_set();
+    // Under m_lock: gives each body waiting in the set a thread of its own.
+    void hand_out_waiting();
     // Under m_lock: puts a job in the wait set, with a parked thread to take it up; false, with
     // the job still the caller's, when the set does not take it.
     bool wait_in_set(std::unique_ptr<job> &a_job);

@@ -10,6 +10,16 @@
 
 #include <gtest/gtest.h>
 
+#if defined(__linux__)
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
 #include "platform/process.h"
 #include "support/test_support.h"
 
@@ -250,6 +260,66 @@ TEST(monitor_pool, close_gives_a_body_still_waiting_for_its_handle_a_thread_of_i
     EXPECT_EQ(l_body.found(), 0);
     EXPECT_TRUE(ordwel_test::eventually([&] { return l_watch.expired(); }));
     EXPECT_EQ(l_pool->parked_count(), 0u);
+}
+
+#if defined(__linux__)
+// The epoll descriptors of this process.
+std::vector<int> wait_sets()
+{
+    std::vector<int> l_sets;
+    if (DIR *const l_list = opendir("/proc/self/fd")) {
+        while (dirent const *const l_entry = readdir(l_list)) {
+            char l_target[64] = {};
+            std::string const l_path = std::string("/proc/self/fd/") + l_entry->d_name;
+            if (readlink(l_path.c_str(), l_target, sizeof(l_target) - 1) > 0 &&
+                std::string(l_target) == "anon_inode:[eventpoll]") {
+                l_sets.push_back(std::atoi(l_entry->d_name));
+            }
+        }
+        closedir(l_list);
+    }
+    return l_sets;
+}
+#endif
+
+// A wait set whose descriptor someone else replaces: the waits on it fail, and the pool goes on
+// without it, its threads parking as where the platform has no such set.
+TEST(monitor_pool, goes_on_when_its_wait_set_breaks)
+{
+#if defined(__linux__)
+    std::vector<int> const l_before = wait_sets();
+    std::shared_ptr<monitor_pool> const l_pool = open_pool();
+    ready_pipe l_pipe;
+    body l_first(1);
+    l_pool->run(l_first, nullptr, l_pipe.m_read);
+    std::vector<int> l_after = wait_sets();
+    for (int l_fd : l_before) {
+        l_after.erase(std::remove(l_after.begin(), l_after.end(), l_fd), l_after.end());
+    }
+    ASSERT_EQ(l_after.size(), 1u);
+    int const l_set = l_after.front();
+    int const l_null = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    ASSERT_GE(l_null, 0);
+    ASSERT_EQ(dup2(l_null, l_set), l_set);
+    close(l_null);
+
+    // A thread already waiting still gets its handle; its next wait fails.
+    l_pipe.set();
+    ASSERT_TRUE(l_first.wait_done());
+    for (int l_round = 0; l_round < 3; ++l_round) {
+        body l_next(l_round + 2);
+        l_pool->run(l_next, nullptr);
+        ASSERT_TRUE(l_next.wait_done());
+        EXPECT_TRUE(ordwel_test::eventually([&] { return l_pool->parked_count() > 0; }));
+    }
+    l_pool->close();
+    EXPECT_EQ(l_pool->parked_count(), 0u);
+    // The pool left the replaced number alone.
+    EXPECT_NE(fcntl(l_set, F_GETFD), -1);
+    close(l_set);
+#else
+    GTEST_SKIP() << "replaces an epoll descriptor, which only Linux has";
+#endif
 }
 
 TEST(monitor_pool, the_process_pool_is_one_and_stays_open)
