@@ -20,13 +20,21 @@ namespace ordwel {
 /// constructor, and its standard output and error arrive at the status object in pieces.
 constexpr unsigned process_capture = 1;
 
-/// One child program, started by the constructor and watched by a detached monitor thread of its
-/// own. There is no start call and no wait call: a caller learns of the end through its status
-/// object (finished) or by polling the getters. The destructor does not kill the child; a caller
-/// who wants it gone calls terminate first. After the destructor the monitor still waits for the
-/// child's end, reaps it and reports nothing: once the destructor has returned, no call of the
-/// status object runs or starts, so the caller may free it (a destructor called from inside a
-/// call on the monitor thread returns at once; that call itself is the caller's).
+/// One child program, started by the constructor and watched by a monitor thread that serves this
+/// child alone until its end. There is no start call and no wait call: a caller learns of the end
+/// through its status object (finished) or by polling the getters. The destructor does not kill
+/// the child; a caller who wants it gone calls terminate first. After the destructor the monitor
+/// still waits for the child's end, reaps it and reports nothing: once the destructor has
+/// returned, no call of the status object runs or starts, so the caller may free it (a destructor
+/// called from inside a call on the monitor thread returns at once; that call itself is the
+/// caller's).
+///
+/// Monitor threads are kept by the library between children: one that has reported its child
+/// waits, parked, for the next, and a few such threads stay parked at most. On Linux a child
+/// without process_capture holds no thread until it ends: the parked threads wait on all such
+/// children at once, and one of them takes the child up at its end. The parked threads end before
+/// the process forks, and on POSIX when the library is unloaded or the process exits; a monitor
+/// still watching a child ends with that child.
 class ORDWEL_API process : public thread_base {
 public:
     /// What the monitor tells its caller. Both calls come on the monitor thread, with no lock of
@@ -102,24 +110,29 @@ public:
     /// thread_base's request to stop, which does nothing here.
     using thread_base::terminate;
 
-    /// The monitor's body, public as thread_base's; not for callers.
+    /// thread_base's body, not for callers. It does nothing: the monitor's work belongs to a record
+    /// that the object shares with its monitor thread, and runs there.
     void operator()() override;
 
 private:
     struct info;
+    class watcher;
     class input_feeder;
 
     static void cancel_reports(info &a_info);
+    static bool owner_reachable(info &a_info);
     static void abandon_child(info &a_info);
     static void report_output(info &a_info, unsigned char const *a_data, unsigned a_size);
     static void report_held(info &a_info);
     static void take_output(info &a_info, unsigned char const *a_data, unsigned a_size);
     static void drain_output(info &a_info);
-    static void start_feeding(info &a_info, input_feeder &a_feeder, thread &a_thread);
+    static void start_feeding(info &a_info);
+    static void watch(info &a_info);
     int create_child_process(char const *a_command_line, char const *a_environment);
     void read_child_output();
 
     std::shared_ptr<info> m_info;
+    // Never started: the monitor runs on a thread of the library's pool of monitor threads.
     thread m_monitor;
     mutex m_mutex;
     std::string m_id;

@@ -10,6 +10,7 @@
 #include <ordwel/string_helpers.h>
 
 #include "diag/raise.h"
+#include "os/monitor_pool.h"
 #include "platform/process.h"
 
 namespace ordwel {
@@ -20,13 +21,39 @@ constexpr std::size_t k_environment_size = 32768;
 constexpr std::size_t k_entry_size = 4096;
 constexpr unsigned k_read_size = 4096;
 
+// How often a thread that must wait for a report's end yields before it sleeps.
+constexpr unsigned k_report_end_yields = 64;
+
 } // namespace
 
-// What the monitor shares with its process. The monitor is detached and may outlive the object,
-// so everything it still reads lives here, kept alive by both. m_lock orders the monitor's
-// recording against the destructor and terminate, and every signal to the child against its
-// reaping, so that no signal ever reaches a process that reused the child's id.
-struct process::info {
+// The monitor's body: waits for the child's end, records the results and reports them. It runs on
+// a thread of the pool of monitor threads, and only once the child has ended where the platform
+// lets the pool wait for that.
+class process::watcher : public thread_base {
+public:
+    explicit watcher(info &a_info) : m_info(a_info) {}
+    void operator()() override;
+
+private:
+    info &m_info;
+};
+
+// Writes the child's whole input and closes the pipe, then lets the monitor report output. It
+// runs on a pooled thread of its own, so that the monitor takes output while the input goes in.
+class process::input_feeder : public thread_base {
+public:
+    explicit input_feeder(info &a_info) : m_info(a_info) {}
+    void operator()() override;
+
+private:
+    info &m_info;
+};
+
+// What the monitor shares with its process. The monitor may outlive the object, so everything it
+// still reads lives here, kept alive by both. m_lock orders the monitor's recording against the
+// destructor and terminate, and every signal to the child against its reaping, so that no signal
+// ever reaches a process that reused the child's id.
+struct process::info : std::enable_shared_from_this<process::info> {
     mutex m_lock;
     condition m_changed;
 
@@ -39,14 +66,17 @@ struct process::info {
     bool m_capture = false;
     std::string m_stdin_data;
     process::status *m_listener = nullptr;
+    // The object, for the recording and the reports; touched only under m_lock, once m_ready is
+    // set and while m_cancelled is not.
+    process *m_owner = nullptr;
+    watcher m_watcher{*this};
+    input_feeder m_feeder{*this};
     // Output that came while the input still went in, reported once all of it is in.
     std::string m_held;
     bool m_input_done = false; // all input is in (or could not go in): output may be reported
 
-    bool m_started = false;   // a monitor was started
-    bool m_ready = false;     // the constructor is done with the monitor's handle
-    bool m_taken = false;     // the monitor holds its own reference
-    bool m_cancelled = false; // the monitor is to end at its cancel point
+    bool m_ready = false;     // the constructor is done with the object
+    bool m_cancelled = false; // the monitor is to record and report nothing
     bool m_closed = false;    // terminate closed the child's handles
     bool m_reaped = false;    // the child's id is no longer ours
     bool m_reporting = false; // a call of the status object runs on the monitor
@@ -221,24 +251,22 @@ process::process(std::string const &a_id, std::string const &a_program, std::vec
     // by the process wait, never by the end of the pipe.
     platform::handle_close(l_info.m_in_read);
 
-    // This thread is what a child costs beyond posix_spawn and waitpid: its start, and at the
-    // child's end two wake-ups (child to monitor, monitor to the waiting caller) where waitpid
-    // has one. Where waking an idle processor is dear (a virtual machine that halts idle
-    // processors), each costs tens of microseconds. A bare pidfd and wait4 thread costs as much
-    // as this monitor, and a smaller stack saves nothing: the thread library reuses its stacks.
+    // The monitor comes from a pool of threads kept between children. Without captured pipes
+    // it has nothing to do before the child's end, so the pool starts it only then, where it can
+    // wait for the child's handle: handing the child over then wakes no thread.
+    l_info.m_owner = this;
     try {
-        m_monitor.start(*this);
+        monitor_pool::current()->run(l_info.m_watcher, m_info,
+                                     l_info.m_capture ? platform::k_no_handle : l_info.m_child.wait);
     } catch (...) {
         // Nobody would watch or reap the child: it goes before the exception leaves.
         abandon_child(l_info);
         throw;
     }
-    l_info.m_started = true;
-    m_monitor.detach();
-    {
-        scoped_mutex::lock l_lock(l_info.m_lock);
-        l_info.m_ready = true;
-    }
+    // The monitor may already be waiting to report; a report may destroy the object, so nothing
+    // here touches it after this, and the record's signal goes out under its lock.
+    scoped_mutex::lock l_lock(l_info.m_lock);
+    l_info.m_ready = true;
     l_info.m_changed.broadcast();
 }
 
@@ -246,13 +274,6 @@ process::~process()
 {
     {
         scoped_mutex::lock l_lock(m_info->m_lock);
-        if (m_info->m_started) {
-            // The monitor copies its reference to the shared record first thing; the record must
-            // not go before that.
-            while (!m_info->m_taken) {
-                m_info->m_changed.wait(m_info->m_lock);
-            }
-        }
         cancel_reports(*m_info);
     }
     m_info.reset();
@@ -395,9 +416,30 @@ void process::cancel_reports(info &a_info)
     a_info.m_cancelled = true;
     // A call of the status object on another thread is let to end. On the monitor thread itself
     // (a call that cancels or destroys its own process) it is the caller: waiting would never end.
-    while (a_info.m_reporting && a_info.m_monitor_id != std::this_thread::get_id()) {
+    if (!a_info.m_reporting || a_info.m_monitor_id == std::this_thread::get_id()) {
+        return;
+    }
+    // Typically finished has just woken this thread and is returning: the monitor clears the
+    // flag a few hundred instructions later. Yielding for a while lets it do so without this
+    // thread going to sleep and being woken again, which costs far more where an idle processor
+    // halts.
+    for (unsigned l_round = 0; a_info.m_reporting && l_round < k_report_end_yields; ++l_round) {
+        scoped_mutex::unlock l_unlock(a_info.m_lock);
+        std::this_thread::yield();
+    }
+    while (a_info.m_reporting) {
         a_info.m_changed.wait(a_info.m_lock);
     }
+}
+
+bool process::owner_reachable(info &a_info)
+{
+    // A child may end before the constructor has returned; a report that destroys the object
+    // must find the constructor done with it.
+    while (!a_info.m_ready && !a_info.m_cancelled) {
+        a_info.m_changed.wait(a_info.m_lock);
+    }
+    return !a_info.m_cancelled;
 }
 
 void process::abandon_child(info &a_info)
@@ -427,7 +469,7 @@ void process::report_output(info &a_info, unsigned char const *a_data, unsigned 
         scoped_mutex::lock l_lock(a_info.m_lock);
         // Without a status object, or once cancelled, the output is read and dropped, so that
         // the child never blocks on a full pipe.
-        if (a_info.m_cancelled || a_info.m_listener == nullptr) {
+        if (!owner_reachable(a_info) || a_info.m_listener == nullptr) {
             return;
         }
         l_listener = a_info.m_listener;
@@ -498,73 +540,64 @@ void process::read_child_output()
     drain_output(*m_info);
 }
 
-// Writes the child's whole input and closes the pipe, then lets the monitor report output.
-class process::input_feeder : public thread_base {
-public:
-    explicit input_feeder(info &a_info) : m_info(a_info) {}
-    void operator()() override
-    {
-        // A failed write (the child ended without reading all) counts as done: the rest of the
-        // input has nowhere to go.
-        platform::pipe_write(m_info.m_in_write, m_info.m_stdin_data.data(), m_info.m_stdin_data.size());
-        platform::handle_close(m_info.m_in_write);
-        scoped_mutex::lock l_lock(m_info.m_lock);
-        m_info.m_input_done = true;
-    }
-
-private:
-    info &m_info;
-};
-
-void process::start_feeding(info &a_info, input_feeder &a_feeder, thread &a_thread)
+void process::input_feeder::operator()()
 {
-    if (a_info.m_stdin_data.empty()) {
-        a_feeder();
-        return;
+    // A failed write (the child ended without reading all) counts as done: the rest of the
+    // input has nowhere to go.
+    platform::pipe_write(m_info.m_in_write, m_info.m_stdin_data.data(), m_info.m_stdin_data.size());
+    platform::handle_close(m_info.m_in_write);
+    scoped_mutex::lock l_lock(m_info.m_lock);
+    m_info.m_input_done = true;
+    m_info.m_changed.broadcast();
+}
+
+void process::start_feeding(info &a_info)
+{
+    if (!a_info.m_stdin_data.empty()) {
+        try {
+            monitor_pool::current()->run(a_info.m_feeder, a_info.shared_from_this());
+            return;
+        } catch (es::call const &) {
+            // No thread for the input: it goes in here, before any output is read, which is
+            // enough for input that fits the pipe.
+        }
     }
-    try {
-        a_thread.start(a_feeder);
-    } catch (es::call const &) {
-        // No thread for the input: it goes in here, before any output is read, which is enough
-        // for input that fits the pipe.
-        a_feeder();
-    }
+    a_info.m_feeder();
 }
 
 void process::operator()()
 {
-    std::shared_ptr<info> l_shared;
+    // The monitor's work is the shared record's, which may outlive this object: it runs on a
+    // thread of the pool of monitor threads (watcher), and nothing is left to run here.
+}
+
+void process::watcher::operator()()
+{
+    watch(m_info);
+}
+
+void process::watch(info &a_info)
+{
+    // The pool keeps the record alive while this runs. The object itself is touched only under
+    // the record's lock, once the constructor is done with it and while the monitor is not
+    // cancelled: the destructor cancels it under that lock.
     {
-        // A child may end before the constructor has even detached this thread; a finished call
-        // that destroys the object must find the constructor done with it.
-        scoped_mutex::lock l_lock(m_info->m_lock);
-        while (!m_info->m_ready) {
-            m_info->m_changed.wait(m_info->m_lock);
-        }
-        l_shared = m_info;
-        l_shared->m_taken = true;
-        l_shared->m_monitor_id = std::this_thread::get_id();
-    }
-    l_shared->m_changed.broadcast();
-    // From here on the object itself is touched only under the record's lock and only while the
-    // monitor is not cancelled: the destructor cancels it under that lock.
-    info &l_info = *l_shared;
-
-    // The input goes in on a thread of its own while this one takes the output, so that no size
-    // of input deadlocks against a child that writes as it reads. The feeder is joined before
-    // the monitor ends (the handle's destructor), also on an early return.
-    input_feeder l_feeder(l_info);
-    thread l_feeding;
-    if (l_info.m_capture) {
-        start_feeding(l_info, l_feeder, l_feeding);
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        a_info.m_monitor_id = std::this_thread::get_id();
     }
 
-    platform::handle const l_output = l_info.m_capture ? l_info.m_out_read : platform::k_no_handle;
+    // The input goes in on another thread while this one takes the output, so that no size of
+    // input deadlocks against a child that writes as it reads.
+    if (a_info.m_capture) {
+        start_feeding(a_info);
+    }
+
+    platform::handle const l_output = a_info.m_capture ? a_info.m_out_read : platform::k_no_handle;
     for (bool l_waiting = true; l_waiting;) {
         platform::wait_result l_result = platform::wait_result::other;
-        platform::status const l_status = platform::child_wait(l_info.m_child, l_output, l_result);
+        platform::status const l_status = platform::child_wait(a_info.m_child, l_output, l_result);
         if (l_status.failed()) {
-            platform::handle_close(l_info.m_out_read);
+            platform::handle_close(a_info.m_out_read);
             std::fprintf(stderr, "WaitForSingleObject returned error: %i\n", static_cast<int>(l_status.m_code));
             return;
         }
@@ -573,8 +606,8 @@ void process::operator()()
             l_waiting = false;
             break;
         case platform::wait_result::timeout:
-            if (l_info.m_capture) {
-                drain_output(l_info);
+            if (a_info.m_capture) {
+                drain_output(a_info);
             }
             break;
         case platform::wait_result::other:
@@ -582,51 +615,57 @@ void process::operator()()
         }
     }
 
-    if (l_info.m_capture) {
-        drain_output(l_info);
-        // The child has ended, so the feeder's write ends too (the pipe broke, if nothing else).
-        l_feeding.join();
-        report_held(l_info);
-        platform::handle_close(l_info.m_out_read);
-        platform::handle_close(l_info.m_out_write);
+    if (a_info.m_capture) {
+        drain_output(a_info);
+        {
+            // The child has ended, so the feeder's write ends too (the pipe broke, if nothing
+            // else).
+            scoped_mutex::lock l_lock(a_info.m_lock);
+            while (!a_info.m_input_done) {
+                a_info.m_changed.wait(a_info.m_lock);
+            }
+        }
+        report_held(a_info);
+        platform::handle_close(a_info.m_out_read);
+        platform::handle_close(a_info.m_out_write);
     }
-
-    thread::cancel_point();
 
     platform::child_outcome l_outcome;
     process::status *l_listener = nullptr;
+    process *l_owner = nullptr;
     {
-        scoped_mutex::lock l_lock(l_info.m_lock);
-        platform::child_collect(l_info.m_child, l_outcome);
-        l_info.m_reaped = true;
-        if (l_info.m_cancelled) {
+        scoped_mutex::lock l_lock(a_info.m_lock);
+        platform::child_collect(a_info.m_child, l_outcome);
+        a_info.m_reaped = true;
+        if (!owner_reachable(a_info)) {
             return;
         }
+        l_owner = a_info.m_owner;
         {
-            scoped_mutex::lock l_guard(m_mutex);
-            m_finished = true;
+            scoped_mutex::lock l_guard(l_owner->m_mutex);
+            l_owner->m_finished = true;
             // Once terminate has closed the child's handles, neither the exit code nor the
             // times can be read any more.
-            if (l_outcome.has_code && !l_info.m_closed) {
-                m_status = l_outcome.code;
+            if (l_outcome.has_code && !a_info.m_closed) {
+                l_owner->m_status = l_outcome.code;
             }
-            fraction<unsigned long long> const l_elapsed = timestamp_with_utc(0, 0) - m_starttime;
-            m_real_time = static_cast<double>(l_elapsed.numer()) / static_cast<double>(l_elapsed.denom());
-            if (l_outcome.has_times && !l_info.m_closed) {
-                m_user_time = static_cast<double>(l_outcome.user) / 10000000.0;
-                m_system_time = static_cast<double>(l_outcome.kernel) / 10000000.0;
+            fraction<unsigned long long> const l_elapsed = timestamp_with_utc(0, 0) - l_owner->m_starttime;
+            l_owner->m_real_time = static_cast<double>(l_elapsed.numer()) / static_cast<double>(l_elapsed.denom());
+            if (l_outcome.has_times && !a_info.m_closed) {
+                l_owner->m_user_time = static_cast<double>(l_outcome.user) / 10000000.0;
+                l_owner->m_system_time = static_cast<double>(l_outcome.kernel) / 10000000.0;
             }
         }
-        l_listener = l_info.m_listener;
-        l_info.m_reporting = l_listener != nullptr;
+        l_listener = a_info.m_listener;
+        a_info.m_reporting = l_listener != nullptr;
     }
     if (l_listener != nullptr) {
-        l_listener->finished(this);
+        l_listener->finished(l_owner);
         {
-            scoped_mutex::lock l_lock(l_info.m_lock);
-            l_info.m_reporting = false;
+            scoped_mutex::lock l_lock(a_info.m_lock);
+            a_info.m_reporting = false;
         }
-        l_info.m_changed.broadcast();
+        a_info.m_changed.broadcast();
     }
 }
 

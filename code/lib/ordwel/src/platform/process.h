@@ -87,6 +87,29 @@ void child_release(child_record &a_child);
 // Closes the monitor's own handle.
 void child_release_wait(child_record &a_child);
 
+// A set of handles that several threads wait on together, where the platform has one (Linux:
+// epoll; fails elsewhere). A handle added once wakes one waiting thread, once, when it becomes
+// readable (a pidfd at the child's end, an event once set); a handle added for good wakes every
+// waiter for as long as it stays readable.
+status wait_set_create(handle &a_set);
+status wait_set_add(handle a_set, handle a_item, void *a_key, bool a_once);
+status wait_set_remove(handle a_set, handle a_item);
+// Waits for a handle of the set and gives the key it was added with.
+status wait_set_wait(handle a_set, void *&a_key);
+// An event that a wait set can wait on (Linux: eventfd), set from the start or not.
+status event_create(handle &a_event, bool a_set);
+status event_set(handle a_event);
+
+// Whether the library may end and join its threads while it is being unloaded (or the process
+// exits). Not where unloading holds a lock that an ending thread needs, or where the other threads
+// are gone by then.
+bool unload_may_join_threads();
+
+// Has a_prepare called in the forking thread before every fork of this process, a_parent after it
+// in the parent and a_child after it in the new child; fails when they cannot be registered. Does
+// nothing where processes do not fork.
+status fork_handlers_add(void (*a_prepare)(), void (*a_parent)(), void (*a_child)());
+
 } // namespace platform
 } // namespace ordwel
 

@@ -16,6 +16,10 @@
 #include <pthread.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
+#if defined(__linux__)
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#endif
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/types.h>
@@ -359,6 +363,118 @@ void child_release(child_record &a_child)
 void child_release_wait(child_record &a_child)
 {
     handle_close(a_child.wait);
+}
+
+status wait_set_create(handle &a_set)
+{
+#if defined(__linux__)
+    int const l_fd = epoll_create1(EPOLL_CLOEXEC);
+    if (l_fd < 0) {
+        return last_failure();
+    }
+    a_set = l_fd;
+    return status_done();
+#else
+    (void)a_set;
+    return status_failed(ENOSYS);
+#endif
+}
+
+status wait_set_add(handle a_set, handle a_item, void *a_key, bool a_once)
+{
+#if defined(__linux__)
+    epoll_event l_event{};
+    l_event.events = EPOLLIN | (a_once ? EPOLLONESHOT : 0u);
+    l_event.data.ptr = a_key;
+    if (epoll_ctl(static_cast<int>(a_set), EPOLL_CTL_ADD, static_cast<int>(a_item), &l_event) != 0) {
+        return last_failure();
+    }
+    return status_done();
+#else
+    (void)a_set;
+    (void)a_item;
+    (void)a_key;
+    (void)a_once;
+    return status_failed(ENOSYS);
+#endif
+}
+
+status wait_set_remove(handle a_set, handle a_item)
+{
+#if defined(__linux__)
+    if (epoll_ctl(static_cast<int>(a_set), EPOLL_CTL_DEL, static_cast<int>(a_item), nullptr) != 0) {
+        return last_failure();
+    }
+    return status_done();
+#else
+    (void)a_set;
+    (void)a_item;
+    return status_failed(ENOSYS);
+#endif
+}
+
+status wait_set_wait(handle a_set, void *&a_key)
+{
+#if defined(__linux__)
+    for (;;) {
+        epoll_event l_event{};
+        int const l_count = epoll_wait(static_cast<int>(a_set), &l_event, 1, -1);
+        if (l_count == 1) {
+            a_key = l_event.data.ptr;
+            return status_done();
+        }
+        if (l_count < 0 && errno != EINTR) {
+            return last_failure();
+        }
+    }
+#else
+    (void)a_set;
+    (void)a_key;
+    return status_failed(ENOSYS);
+#endif
+}
+
+status event_create(handle &a_event, bool a_set)
+{
+#if defined(__linux__)
+    int const l_fd = eventfd(a_set ? 1u : 0u, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (l_fd < 0) {
+        return last_failure();
+    }
+    a_event = l_fd;
+    return status_done();
+#else
+    (void)a_event;
+    (void)a_set;
+    return status_failed(ENOSYS);
+#endif
+}
+
+status event_set(handle a_event)
+{
+#if defined(__linux__)
+    std::uint64_t const l_one = 1;
+    while (write(static_cast<int>(a_event), &l_one, sizeof(l_one)) < 0) {
+        if (errno != EINTR) {
+            return last_failure();
+        }
+    }
+    return status_done();
+#else
+    (void)a_event;
+    return status_failed(ENOSYS);
+#endif
+}
+
+bool unload_may_join_threads()
+{
+    return true;
+}
+
+status fork_handlers_add(void (*a_prepare)(), void (*a_parent)(), void (*a_child)())
+{
+    int const l_error = pthread_atfork(a_prepare, a_parent, a_child);
+    return l_error == 0 ? status_done() : status_failed(static_cast<unsigned long>(l_error));
 }
 
 } // namespace platform

@@ -256,5 +256,48 @@ void child_release_wait(child_record &a_child)
     handle_close(a_child.wait);
 }
 
+// Threads wait on one handle each here: the pool of monitor threads hands them their work.
+status wait_set_create(handle &)
+{
+    return status_failed(ERROR_NOT_SUPPORTED);
+}
+
+status wait_set_add(handle, handle, void *, bool)
+{
+    return status_failed(ERROR_NOT_SUPPORTED);
+}
+
+status wait_set_remove(handle, handle)
+{
+    return status_failed(ERROR_NOT_SUPPORTED);
+}
+
+status wait_set_wait(handle, void *&)
+{
+    return status_failed(ERROR_NOT_SUPPORTED);
+}
+
+status event_create(handle &, bool)
+{
+    return status_failed(ERROR_NOT_SUPPORTED);
+}
+
+status event_set(handle)
+{
+    return status_failed(ERROR_NOT_SUPPORTED);
+}
+
+// A DLL's static destructors run in DllMain under the loader lock, which a thread needs to end;
+// at process exit the other threads have been terminated before them.
+bool unload_may_join_threads()
+{
+    return false;
+}
+
+status fork_handlers_add(void (*)(), void (*)(), void (*)())
+{
+    return status_done();
+}
+
 } // namespace platform
 } // namespace ordwel

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -23,7 +24,9 @@
 #include <windows.h>
 #else
 #include <csignal>
+#include <dirent.h>
 #include <fstream>
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -355,6 +358,158 @@ TEST(process, finished_may_destroy_its_process)
     self_deleting l_status;
     new process("self", child_program(), {"exit", "0"}, {}, "", "", 0, &l_status);
     EXPECT_TRUE(l_status.wait());
+}
+
+// Children at once, more than the monitor threads kept parked between children, twice over: every
+// child is reported once, with its own exit code and output, and the second round finds the
+// threads of the first one parked or gone.
+TEST(process, many_children_at_once_each_report_once)
+{
+    constexpr int k_children = 24;
+    for (int l_round = 0; l_round < 2; ++l_round) {
+        SCOPED_TRACE(l_round);
+        std::vector<std::unique_ptr<recorder>> l_recorders;
+        std::vector<std::unique_ptr<process>> l_children;
+        for (int l_index = 0; l_index < k_children; ++l_index) {
+            l_recorders.push_back(std::make_unique<recorder>());
+            std::string const l_mark = "c" + std::to_string(l_index);
+            bool const l_capture = l_index % 2 == 0;
+            std::vector<std::string> l_args = {"sleep", "50", "exit", std::to_string(l_index % 7)};
+            if (l_capture) {
+                l_args.insert(l_args.begin() + 2, {"out", l_mark});
+            }
+            l_children.push_back(std::make_unique<process>(l_mark, child_program(), l_args, env_map{}, "",
+                                                           l_index % 4 == 0 ? "input" : "",
+                                                           l_capture ? process_capture : 0u, l_recorders.back().get()));
+        }
+        for (int l_index = 0; l_index < k_children; ++l_index) {
+            SCOPED_TRACE(l_index);
+            ASSERT_TRUE(l_recorders[l_index]->wait_finished());
+            EXPECT_EQ(l_recorders[l_index]->status_seen(), l_index % 7);
+            EXPECT_EQ(l_children[l_index]->get_status(), l_index % 7);
+            EXPECT_EQ(l_recorders[l_index]->output(), l_index % 2 == 0 ? "c" + std::to_string(l_index) : "");
+        }
+        std::this_thread::sleep_for(milliseconds(50));
+        for (auto const &l_recorder : l_recorders) {
+            EXPECT_EQ(l_recorder->finished_count(), 1);
+        }
+    }
+}
+
+#if defined(__linux__)
+// The threads of this process.
+int thread_count()
+{
+    int l_count = 0;
+    if (DIR *const l_tasks = opendir("/proc/self/task")) {
+        while (dirent const *const l_entry = readdir(l_tasks)) {
+            l_count += l_entry->d_name[0] != '.' ? 1 : 0;
+        }
+        closedir(l_tasks);
+    }
+    return l_count;
+}
+#endif
+
+// Children without captured pipes hold no thread while they run, where the platform lets the
+// monitors wait for many children at once: a few threads wait for all of them.
+TEST(process, running_children_hold_no_threads_of_their_own)
+{
+#if defined(__linux__)
+    constexpr int k_children = 16;
+    int const l_before = thread_count();
+    std::vector<std::unique_ptr<recorder>> l_recorders;
+    std::vector<std::unique_ptr<process>> l_children;
+    for (int l_index = 0; l_index < k_children; ++l_index) {
+        l_recorders.push_back(std::make_unique<recorder>());
+        l_children.push_back(std::make_unique<process>("s", child_program(), std::vector<std::string>{"sleep", "300"},
+                                                       env_map{}, "", "", 0u, l_recorders.back().get()));
+    }
+    EXPECT_LE(thread_count(), l_before + 2);
+    for (auto const &l_recorder : l_recorders) {
+        EXPECT_TRUE(l_recorder->wait_finished());
+    }
+#else
+    GTEST_SKIP() << "counts threads in /proc, which only Linux has";
+#endif
+}
+
+// A status object that starts a second child from finished, on the monitor thread, and waits
+// there for that child's end: the second child needs a monitor of its own.
+class starts_another : public process::status {
+public:
+    void finished(process *a_process) override
+    {
+        m_first_status = a_process->get_status();
+        process l_second("second", child_program(), {"exit", "9"}, {}, "", "", 0, &m_second);
+        m_second_finished = m_second.wait_finished();
+        m_second_status = l_second.get_status();
+        std::lock_guard<std::mutex> l_lock(m_lock);
+        m_done = true;
+        m_changed.notify_all();
+    }
+    bool wait()
+    {
+        std::unique_lock<std::mutex> l_lock(m_lock);
+        return m_changed.wait_for(l_lock, milliseconds(30000), [this] { return m_done; });
+    }
+
+    recorder m_second;
+    int m_first_status = -2;
+    bool m_second_finished = false;
+    int m_second_status = -2;
+
+private:
+    std::mutex m_lock;
+    std::condition_variable m_changed;
+    bool m_done = false;
+};
+
+TEST(process, finished_may_start_another_child_and_wait_for_its_end)
+{
+    starts_another l_status;
+    process l_first("first", child_program(), {"exit", "8"}, {}, "", "", 0, &l_status);
+    ASSERT_TRUE(l_status.wait());
+    EXPECT_EQ(l_status.m_first_status, 8);
+    EXPECT_TRUE(l_status.m_second_finished);
+    EXPECT_EQ(l_status.m_second_status, 9);
+}
+
+// A process made by fork has none of its parent's threads, the parked monitors among them: it
+// must watch its own children with threads of its own, and the parent goes on with its.
+TEST(process, a_forked_process_watches_children_of_its_own)
+{
+#if defined(_WIN32)
+    GTEST_SKIP() << "Windows has no fork";
+#else
+    // A monitor is parked in the parent before the fork.
+    ASSERT_EQ(run_child({"exit", "3"}).status, 3);
+    pid_t const l_fork = fork();
+    if (l_fork == 0) {
+        int l_code = 1;
+        auto *const l_recorder = new recorder;
+        // Left undestroyed: a destructor could hang on a monitor that never came.
+        auto *const l_child =
+            new process("f", child_program(), {"out", "forked", "exit", "6"}, {}, "", "", process_capture, l_recorder);
+        if (l_recorder->wait_finished(milliseconds(10000)) && l_child->get_status() == 6 &&
+            l_recorder->output() == "forked") {
+            l_code = 0;
+        }
+        _exit(l_code);
+    }
+    ASSERT_GT(l_fork, 0);
+    int l_status = 0;
+    for (int l_try = 0; l_try < 3000 && waitpid(l_fork, &l_status, WNOHANG) == 0; ++l_try) {
+        std::this_thread::sleep_for(milliseconds(10));
+    }
+    if (waitpid(l_fork, &l_status, WNOHANG) == 0) {
+        kill(l_fork, SIGKILL);
+        waitpid(l_fork, &l_status, 0);
+        FAIL() << "the forked process hung";
+    }
+    EXPECT_TRUE(WIFEXITED(l_status) && WEXITSTATUS(l_status) == 0) << "the forked process's child was not reported";
+    EXPECT_EQ(run_child({"out", "after", "exit", "4"}).output, "after");
+#endif
 }
 
 TEST(process, capture_without_status_object_drains_and_drops)
