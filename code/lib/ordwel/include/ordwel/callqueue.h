@@ -161,6 +161,8 @@ private:
     /// queue itself may meet its own object again in the nested run; the owner holds that object's
     /// mutex already and must not take it a second time.
     std::vector<callqueue_object const *> m_running;
+    /// The owner's alone: how many runs in a row found nothing pending, up to a bound.
+    unsigned m_empty_runs;
 };
 
 } // namespace ordwel
