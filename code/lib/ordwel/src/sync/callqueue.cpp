@@ -41,6 +41,9 @@ void prefetch_call(callqueue_object const &a_call) noexcept
 // How many runs in a row may find nothing before the owner gives way to other threads.
 unsigned const k_empty_runs_before_yield = 64;
 
+// How many times a blocking caller looks at the mark of its call before it sleeps.
+int const k_mark_looks = 64;
+
 bool on_owner()
 {
     return pthread_equal(pthread_self(), s_owner) != 0;
@@ -300,15 +303,27 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
             return;
         }
     } else if ((a_flags & callqueue_blocking) != 0) {
-        // The object's mutex is held from before the call can be seen in the list until the wait
-        // gives it up, and run() needs it to begin the call: the owner can neither start nor end
-        // the call before this thread sleeps. The caller waits for the mark of its own place.
+        // The call enters the list under its object's mutex, which the owner holds while a call of
+        // the object runs: a blocking add of a running object waits for that run to end. The
+        // caller then waits for the mark of its own place. An owner that is polling runs the call
+        // within moments, so the caller first looks at the mark a few times, letting other threads
+        // go first between looks, and spares both threads a sleep and a wake-up. Then it sleeps on
+        // the object's condition; the mark is set under the mutex, so no wake-up is lost.
         std::unique_ptr<waited_link, waited_link::let_go> const l_place(new waited_link);
         l_place->m_call = a_call;
         l_place->m_kind = link::kind::waited;
+        {
+            scoped_mutex::lock const l_call_lock(l_call.m_mutex);
+            m_calls.push(*l_place);
+        }
+        for (int l_look = 0; l_look < k_mark_looks; ++l_look) {
+            if (l_place->m_ended.load(std::memory_order_acquire)) {
+                return;
+            }
+            std::this_thread::yield();
+        }
         scoped_mutex::lock const l_call_lock(l_call.m_mutex);
-        m_calls.push(*l_place);
-        while (!l_place->m_ended) {
+        while (!l_place->m_ended.load(std::memory_order_relaxed)) {
             l_call.wait();
         }
         return;
@@ -366,9 +381,9 @@ public:
     held_call &operator=(held_call const &) = delete;
 
 private:
-    // A blocking caller holds its object's mutex from queuing the call until its wait begins, a
-    // moment later: the owner tries a few times before it sleeps on the mutex, and so spares both
-    // threads a wake-up.
+    // A blocking caller holds its object's mutex while it puts the call on the list, and may be
+    // seen there a moment before it lets go: the owner tries a few times before it sleeps on the
+    // mutex, and so spares both threads a wake-up.
     static void lock_soon(callqueue_object const &a_call)
     {
         int const k_tries = 64;
@@ -419,7 +434,7 @@ void callqueue::run()
         {
             try {
                 if (m_waited != nullptr) {
-                    m_waited->m_ended = true;
+                    m_waited->m_ended.store(true, std::memory_order_release);
                 } else {
                     m_call.signal();
                 }
