@@ -159,7 +159,13 @@ struct callqueue::waited_link : link {
 // set when the call has ended. What remains when the run ends early is released.
 class callqueue::taken_calls {
 public:
-    explicit taken_calls(link *a_head) : m_head(a_head) {}
+    explicit taken_calls(link *a_head) : m_head(a_head), m_ahead(a_head)
+    {
+        for (int l_step = 0; l_step < k_calls_ahead && m_ahead != nullptr; ++l_step) {
+            prefetch_call(*m_ahead->m_call);
+            m_ahead = m_ahead->m_next;
+        }
+    }
     ~taken_calls()
     {
         while (m_head != nullptr) {
@@ -181,6 +187,10 @@ public:
     {
         link &l_link = *m_head;
         m_head = l_link.m_next;
+        if (m_ahead != nullptr) {
+            prefetch_call(*m_ahead->m_call);
+            m_ahead = m_ahead->m_next;
+        }
         taken l_taken{std::move(l_link.m_call), nullptr};
         switch (l_link.m_kind) {
         case link::kind::own:
@@ -197,7 +207,13 @@ public:
     }
 
 private:
+    // The calls of a long run were asked for while the list was put in order, and the first of
+    // them may have left the nearest cache by the time they run: each call handed out asks again
+    // for the one a few places further on.
+    static int const k_calls_ahead = 4;
+
     link *m_head;
+    link *m_ahead;
 };
 
 callqueue::callqueue()
