@@ -76,15 +76,15 @@ private:
     // A place in one of the queue's lists: the next place and the queue's reference to the call.
     // The object carries one place of its own; a call queued while that one is taken gets a place
     // on the heap, and so does a blocking caller's, which carries the mark that its call has ended
-    // and which the caller and the queue share, so that a caller cancelled in its wait leaves
-    // nothing dangling.
+    // (set under the object's mutex, and read by the caller also without it) and which the caller
+    // and the queue share, so that a caller cancelled in its wait leaves nothing dangling.
     struct link {
         enum class kind : unsigned char { own, heap, waited };
 
         link *m_next = nullptr;
         ptr_refcount<callqueue_object> m_call;
         kind m_kind = kind::own;
-        bool m_ended = false;
+        std::atomic<bool> m_ended{false};
     };
 
     std::string m_id;
@@ -161,6 +161,8 @@ private:
     /// queue itself may meet its own object again in the nested run; the owner holds that object's
     /// mutex already and must not take it a second time.
     std::vector<callqueue_object const *> m_running;
+    /// The owner's alone: how many runs in a row found nothing pending, up to a bound.
+    unsigned m_empty_runs;
 };
 
 } // namespace ordwel

@@ -11,6 +11,7 @@
 #include <ordwel/es.h>
 #include <ordwel/string_helpers.h>
 
+#include "core/prefetch.h"
 #include "diag/raise.h"
 #include "sync/block_shelf.h"
 #include "sync/forced_unwind.h"
@@ -25,6 +26,23 @@ namespace {
 // The thread that built the queue. Written once by the constructor, before instance() hands the
 // queue to anyone.
 pthread_t s_owner;
+
+// Asks for the cache lines of a call that the owner is about to run: the call was made on another
+// thread, and each of its lines would otherwise arrive only when the run first touches it.
+void prefetch_call(callqueue_object const &a_call) noexcept
+{
+    char const *const l_bytes = reinterpret_cast<char const *>(&a_call);
+    for (std::size_t l_offset = 0; l_offset < sizeof(callqueue_object); l_offset += 64) {
+        internal::prefetch_for_writing(l_bytes + l_offset);
+    }
+    internal::prefetch_for_writing(l_bytes + sizeof(callqueue_object) - 1);
+}
+
+// How many runs in a row may find nothing before the owner gives way to other threads.
+unsigned const k_empty_runs_before_yield = 64;
+
+// How many times a blocking caller looks at the mark of its call before it sleeps.
+int const k_mark_looks = 64;
 
 bool on_owner()
 {
@@ -141,7 +159,13 @@ struct callqueue::waited_link : link {
 // set when the call has ended. What remains when the run ends early is released.
 class callqueue::taken_calls {
 public:
-    explicit taken_calls(link *a_head) : m_head(a_head) {}
+    explicit taken_calls(link *a_head) : m_head(a_head), m_ahead(a_head)
+    {
+        for (int l_step = 0; l_step < k_calls_ahead && m_ahead != nullptr; ++l_step) {
+            prefetch_call(*m_ahead->m_call);
+            m_ahead = m_ahead->m_next;
+        }
+    }
     ~taken_calls()
     {
         while (m_head != nullptr) {
@@ -163,6 +187,10 @@ public:
     {
         link &l_link = *m_head;
         m_head = l_link.m_next;
+        if (m_ahead != nullptr) {
+            prefetch_call(*m_ahead->m_call);
+            m_ahead = m_ahead->m_next;
+        }
         taken l_taken{std::move(l_link.m_call), nullptr};
         switch (l_link.m_kind) {
         case link::kind::own:
@@ -179,10 +207,17 @@ public:
     }
 
 private:
+    // The calls of a long run were asked for while the list was put in order, and the first of
+    // them may have left the nearest cache by the time they run: each call handed out asks again
+    // for the one a few places further on.
+    static int const k_calls_ahead = 4;
+
     link *m_head;
+    link *m_ahead;
 };
 
-callqueue::callqueue() : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exited(false), m_unique_ids()
+callqueue::callqueue()
+    : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exited(false), m_unique_ids(), m_running(), m_empty_runs(0)
 {
     s_owner = pthread_self();
 }
@@ -253,6 +288,7 @@ callqueue::link *callqueue::link_list::take_in_order()
     link *l_ordered = nullptr;
     while (l_rest != nullptr) {
         link *const l_next = l_rest->m_next;
+        prefetch_call(*l_rest->m_call);
         l_rest->m_next = l_ordered;
         l_ordered = l_rest;
         l_rest = l_next;
@@ -283,15 +319,27 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
             return;
         }
     } else if ((a_flags & callqueue_blocking) != 0) {
-        // The object's mutex is held from before the call can be seen in the list until the wait
-        // gives it up, and run() needs it to begin the call: the owner can neither start nor end
-        // the call before this thread sleeps. The caller waits for the mark of its own place.
+        // The call enters the list under its object's mutex, which the owner holds while a call of
+        // the object runs: a blocking add of a running object waits for that run to end. The
+        // caller then waits for the mark of its own place. An owner that is polling runs the call
+        // within moments, so the caller first looks at the mark a few times, letting other threads
+        // go first between looks, and spares both threads a sleep and a wake-up. Then it sleeps on
+        // the object's condition; the mark is set under the mutex, so no wake-up is lost.
         std::unique_ptr<waited_link, waited_link::let_go> const l_place(new waited_link);
         l_place->m_call = a_call;
         l_place->m_kind = link::kind::waited;
+        {
+            scoped_mutex::lock const l_call_lock(l_call.m_mutex);
+            m_calls.push(*l_place);
+        }
+        for (int l_look = 0; l_look < k_mark_looks; ++l_look) {
+            if (l_place->m_ended.load(std::memory_order_acquire)) {
+                return;
+            }
+            std::this_thread::yield();
+        }
         scoped_mutex::lock const l_call_lock(l_call.m_mutex);
-        m_calls.push(*l_place);
-        while (!l_place->m_ended) {
+        while (!l_place->m_ended.load(std::memory_order_relaxed)) {
             l_call.wait();
         }
         return;
@@ -349,9 +397,9 @@ public:
     held_call &operator=(held_call const &) = delete;
 
 private:
-    // A blocking caller holds its object's mutex from queuing the call until its wait begins, a
-    // moment later: the owner tries a few times before it sleeps on the mutex, and so spares both
-    // threads a wake-up.
+    // A blocking caller holds its object's mutex while it puts the call on the list, and may be
+    // seen there a moment before it lets go: the owner tries a few times before it sleeps on the
+    // mutex, and so spares both threads a wake-up.
     static void lock_soon(callqueue_object const &a_call)
     {
         int const k_tries = 64;
@@ -374,10 +422,19 @@ void callqueue::run()
     if (!on_owner()) {
         es::unsupp::raise(ORDWEL_HERE, "callqueue::run() called from different thread");
     }
-    // Nothing pending: the list's cache line stays with the producers.
+    // Nothing pending: the list's cache line stays with the producers. An owner that finds nothing
+    // many times in a row is waiting for calls by asking over and over; from then on each empty
+    // run lets the threads that wait for this processor go first, often the very threads that are
+    // to add the calls. Alone on its processor, the owner is back at once.
     if (m_calls.m_head.load(std::memory_order_relaxed) == nullptr) {
+        if (m_empty_runs < k_empty_runs_before_yield) {
+            ++m_empty_runs;
+        } else {
+            std::this_thread::yield();
+        }
         return;
     }
+    m_empty_runs = 0;
     // The pending calls move into a snapshot: calls added while these run wait for the next run,
     // and each reference goes when its call has ended.
     taken_calls l_calls(m_calls.take_in_order());
@@ -393,7 +450,7 @@ void callqueue::run()
         {
             try {
                 if (m_waited != nullptr) {
-                    m_waited->m_ended = true;
+                    m_waited->m_ended.store(true, std::memory_order_release);
                 } else {
                     m_call.signal();
                 }

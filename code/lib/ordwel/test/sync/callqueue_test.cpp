@@ -121,27 +121,71 @@ TEST(callqueue, owner_call_raising_at_once_reaches_the_caller)
     EXPECT_EQ(raised_text<std::runtime_error>([&] { queue().add_call(l_call, "raising", 0); }), "from the call");
 }
 
-// A blocking caller whose call raises still comes back, after the call has ended. (The stress
-// case below checks the callers whose calls return.)
-TEST(callqueue, blocking_caller_returns_after_its_call_ended_even_when_it_raised)
+// A blocking caller comes back only after its call has ended, whether the call ends at once (the
+// caller is still looking at its mark) or after the caller has gone to sleep, and also when the
+// call raised. (The stress case below checks many callers whose calls return.)
+TEST(callqueue, blocking_caller_returns_after_its_call_ended)
 {
-    std::atomic<bool> l_ended{false};
-    auto const l_call = make_call([&] {
-        std::this_thread::sleep_for(10ms);
-        l_ended = true;
-        throw 7;
-    });
+    struct row {
+        char const *name;
+        std::chrono::milliseconds length;
+        bool raises;
+    } const l_rows[] = {
+        {"at once", 0ms, false},
+        {"at once, raising", 0ms, true},
+        {"after the caller sleeps", 20ms, false},
+        {"after the caller sleeps, raising", 20ms, true},
+    };
+    for (row const &l_row : l_rows) {
+        SCOPED_TRACE(l_row.name);
+        std::atomic<bool> l_ended{false};
+        auto const l_call = make_call([&] {
+            std::this_thread::sleep_for(l_row.length);
+            l_ended = true;
+            if (l_row.raises) {
+                throw 7;
+            }
+        });
+        std::atomic<bool> l_returned{false};
+        bool l_ended_at_return = false;
+        std::thread l_producer([&] {
+            queue().add_call(l_call, l_row.name, callqueue_blocking);
+            l_ended_at_return = l_ended;
+            l_returned = true;
+        });
+        EXPECT_TRUE(run_until([&] { return l_returned.load(); }));
+        l_producer.join();
+        EXPECT_TRUE(l_ended_at_return);
+        EXPECT_EQ(l_call->m_runs, 1);
+    }
+}
+
+// A blocking add of an object whose call is running waits for that run to end before its call
+// enters the queue: what the running call queues comes first.
+TEST(callqueue, blocking_add_of_a_running_object_queues_after_that_run)
+{
+    std::vector<std::string> l_order;
     std::atomic<bool> l_returned{false};
-    bool l_ended_at_return = false;
-    std::thread l_producer([&] {
-        queue().add_call(l_call, "blocking-raise", callqueue_blocking);
-        l_ended_at_return = l_ended;
-        l_returned = true;
+    std::thread l_producer;
+    ptr_refcount<call> l_object;
+    auto const l_queued_by_the_run = make_call([&] { l_order.push_back("queued by the run"); });
+    l_object = make_call([&] {
+        l_order.push_back("object");
+        if (l_object->m_runs == 1) {
+            l_producer = std::thread([&] {
+                queue().add_call(l_object, "object", callqueue_blocking);
+                l_returned = true;
+            });
+            // Give the producer time to reach the object's mutex, then queue another call.
+            std::this_thread::sleep_for(30ms);
+            queue().add_call(l_queued_by_the_run, "queued by the run", callqueue_deferred);
+        }
     });
+    queue().add_call(l_object, "object", callqueue_deferred);
+    queue().run();
     EXPECT_TRUE(run_until([&] { return l_returned.load(); }));
     l_producer.join();
-    EXPECT_TRUE(l_ended_at_return);
-    EXPECT_EQ(l_call->m_runs, 1);
+    EXPECT_EQ(l_order, (std::vector<std::string>{"object", "queued by the run", "object"}));
 }
 
 // A blocking caller waits for its own call: a run of the same object queued earlier doesn't end
