@@ -16,6 +16,7 @@
 
 #include "core/byte_scan.h"
 #include "core/cpu_dispatch.h"
+#include "support/simd_levels.h"
 
 #include "fuzz_check.h"
 
@@ -57,12 +58,11 @@ void scans_agree(std::vector<unsigned char> const &a_data, unsigned char const *
                  internal::byte_set const &a_set)
 {
     using internal::simd_level;
-    simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
+    static std::vector<simd_level> const s_vector_levels = ordwel_test::simd_levels_here(simd_level::sse41);
     std::size_t const l_triple = internal::k_triple_find.for_level(simd_level::scalar)(
         a_data.data(), a_data.size(), a_triple[0], a_triple[1], a_triple[2]);
     std::size_t const l_first = internal::k_set_find.for_level(simd_level::scalar)(a_data.data(), a_data.size(), a_set);
-    for (unsigned l_level = 1; l_level <= static_cast<unsigned>(l_top); ++l_level) {
-        auto const l_at = static_cast<simd_level>(l_level);
+    for (simd_level const l_at : s_vector_levels) {
         check(internal::k_triple_find.for_level(l_at)(a_data.data(), a_data.size(), a_triple[0], a_triple[1],
                                                       a_triple[2]) == l_triple);
         check(internal::k_set_find.for_level(l_at)(a_data.data(), a_data.size(), a_set) == l_first);

@@ -7,6 +7,7 @@
 
 #include "addr/percent_decode.h"
 #include "core/cpu_dispatch.h"
+#include "support/simd_levels.h"
 
 namespace {
 
@@ -42,11 +43,7 @@ TEST(percent_decode, every_level_decodes_as_the_rules_say)
 {
     std::mt19937 l_random(25);
     char const l_alphabet[] = "%%%%0123456789abcdefABCDEFxz/\xc3\x80";
-    std::vector<simd_level> l_levels;
-    simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
-    for (unsigned l_level = 0; l_level <= static_cast<unsigned>(l_top); ++l_level) {
-        l_levels.push_back(static_cast<simd_level>(l_level));
-    }
+    std::vector<simd_level> const l_levels = ordwel_test::simd_levels_here();
     for (int l_round = 0; l_round < 4000; ++l_round) {
         std::size_t const l_size = static_cast<std::size_t>(l_random() % 301);
         unsigned const l_density = l_random() % 101;

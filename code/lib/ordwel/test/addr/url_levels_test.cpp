@@ -10,6 +10,7 @@
 
 #include "addr/url_scan.h"
 #include "core/cpu_dispatch.h"
+#include "support/simd_levels.h"
 
 namespace {
 
@@ -17,16 +18,6 @@ using namespace ordwel;
 using internal::simd_level;
 using size_type = std::string::size_type;
 using parts = std::array<std::string, url_scan::k_getter_count>;
-
-std::vector<simd_level> levels_here()
-{
-    std::vector<simd_level> l_levels;
-    simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
-    for (unsigned l_level = 0; l_level <= static_cast<unsigned>(l_top); ++l_level) {
-        l_levels.push_back(static_cast<simd_level>(l_level));
-    }
-    return l_levels;
-}
 
 // The first byte out of a_set at or behind a_from, or the text's length.
 size_type first_of(std::string const &a_text, char const *a_set, size_type a_from)
@@ -128,7 +119,7 @@ TEST(url_levels, every_level_reads_each_part_as_the_rules_say)
                                     "xxxxxxxxxxxxxxxx",
                                     "yyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyyy"};
     std::size_t const l_count = sizeof l_pieces / sizeof l_pieces[0];
-    std::vector<simd_level> const l_levels = levels_here();
+    std::vector<simd_level> const l_levels = ordwel_test::simd_levels_here();
     std::mt19937 l_random(62);
     for (int l_round = 0; l_round < 20000; ++l_round) {
         std::string l_text = l_random() % 2 == 0 ? "s://" : "";

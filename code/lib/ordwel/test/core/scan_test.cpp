@@ -7,22 +7,12 @@
 
 #include "core/byte_scan.h"
 #include "core/cpu_dispatch.h"
+#include "support/simd_levels.h"
 
 namespace {
 
 using namespace ordwel;
 using internal::simd_level;
-
-// The levels this processor runs, scalar first.
-std::vector<simd_level> levels_here()
-{
-    std::vector<simd_level> l_levels;
-    simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
-    for (unsigned l_level = 0; l_level <= static_cast<unsigned>(l_top); ++l_level) {
-        l_levels.push_back(static_cast<simd_level>(l_level));
-    }
-    return l_levels;
-}
 
 std::size_t triple_by_loop(std::vector<unsigned char> const &a_data, unsigned char const (&a_triple)[3])
 {
@@ -38,7 +28,7 @@ std::size_t triple_by_loop(std::vector<unsigned char> const &a_data, unsigned ch
 // AddressSanitizer.
 TEST(scan, triple_at_every_position_of_every_length)
 {
-    for (simd_level const l_level : levels_here()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here()) {
         internal::triple_find const l_find = internal::k_triple_find.for_level(l_level);
         for (std::size_t l_size = 0; l_size <= 300; ++l_size) {
             // Zeros all through: a 1 at l_at + 2 makes the first start code at l_at.
@@ -61,7 +51,7 @@ TEST(scan, triple_at_every_position_of_every_length)
 TEST(scan, triple_agrees_with_a_loop_over_random_data)
 {
     std::mt19937 l_random(17);
-    for (simd_level const l_level : levels_here()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here()) {
         internal::triple_find const l_find = internal::k_triple_find.for_level(l_level);
         for (int l_round = 0; l_round < 3000; ++l_round) {
             // Few distinct bytes, so that near misses and matches abound.
@@ -110,7 +100,7 @@ TEST(scan, set_find_at_every_position_of_every_length)
                       l_members.find(static_cast<char>(l_byte)) != std::string::npos)
                 << l_byte;
         }
-        for (simd_level const l_level : levels_here()) {
+        for (simd_level const l_level : ordwel_test::simd_levels_here()) {
             internal::set_find const l_find = internal::k_set_find.for_level(l_level);
             for (std::size_t l_size = 0; l_size <= 300; ++l_size) {
                 std::vector<unsigned char> l_data(l_size, static_cast<unsigned char>(l_filler));
@@ -150,7 +140,7 @@ TEST(scan, byte_positions_agree_with_a_loop)
                 l_expected[l_at / 64 * 8 + l_byte] |= uint64(l_data[l_at] == l_bytes[l_byte]) << (l_at % 64);
             }
         }
-        for (simd_level const l_level : levels_here()) {
+        for (simd_level const l_level : ordwel_test::simd_levels_here()) {
             std::vector<uint64> l_out(l_expected.size(), 0x5a5a);
             internal::k_byte_positions.for_level(l_level)(l_data.data(), l_size, l_bytes, l_out.data());
             ASSERT_EQ(l_out, l_expected) << "level " << static_cast<unsigned>(l_level) << ", size " << l_size;

@@ -16,6 +16,7 @@
 #include "core/cpu_dispatch.h"
 #include "stream/codec_kernels.h"
 #include "support/scripted_streams.h"
+#include "support/simd_levels.h"
 #include "support/test_support.h"
 
 namespace {
@@ -48,7 +49,6 @@ std::string strict_verdict(std::string const &a_text, base64_format a_format)
 TEST(base64, url_safe_codes_alike_at_every_level_and_every_length)
 {
     std::mt19937 l_random(4648u);
-    auto const l_top = static_cast<unsigned>(internal::simd_level_of(internal::cpu_features_detected()));
     for (std::size_t l_size = 0; l_size <= 300; ++l_size) {
         std::string const l_bytes = random_bytes(l_random, l_size);
         // The URL-safe text is the standard one with "-" and "_" for "+" and "/".
@@ -57,8 +57,8 @@ TEST(base64, url_safe_codes_alike_at_every_level_and_every_length)
         std::replace(l_standard.begin(), l_standard.end(), '+', '-');
         std::replace(l_standard.begin(), l_standard.end(), '/', '_');
         ASSERT_EQ(l_expected, l_standard);
-        for (unsigned l_level = 0; l_level <= l_top; ++l_level) {
-            auto const l_at = static_cast<simd_level>(l_level);
+        for (simd_level const l_at : ordwel_test::simd_levels_here()) {
+            unsigned const l_level = static_cast<unsigned>(l_at);
             std::string l_text(l_expected.size(), '\0');
             internal::k_base64url_encode.for_level(l_at)(&l_text[0], bytes_of(l_bytes), l_size);
             ASSERT_EQ(l_text, l_expected) << "level " << l_level << ", size " << l_size;
@@ -88,7 +88,7 @@ TEST(base64, url_safe_codes_alike_at_every_level_and_every_length)
 TEST(base64, strict_decoding_reports_a_foreign_byte_at_every_offset)
 {
     std::mt19937 l_random(255u);
-    auto const l_top = static_cast<unsigned>(internal::simd_level_of(internal::cpu_features_detected()));
+    std::vector<simd_level> const l_vector_levels = ordwel_test::simd_levels_here(simd_level::sse41);
     for (base64_format const l_format : {k_base64_standard, k_base64_url}) {
         std::string const l_valid = encoded(random_bytes(l_random, 150), l_format);
         char const *const l_alphabet = l_format.m_alphabet == base64_alphabet::url
@@ -107,10 +107,10 @@ TEST(base64, strict_decoding_reports_a_foreign_byte_at_every_offset)
                 std::string l_expected(l_text.size(), '\0');
                 l_expected.resize(l_lenient.for_level(simd_level::scalar)(
                     reinterpret_cast<unsigned char *>(&l_expected[0]), bytes_of(l_text), l_text.size()));
-                for (unsigned l_level = 1; l_level <= l_top; ++l_level) {
+                for (simd_level const l_level : l_vector_levels) {
                     std::string l_decoded(l_text.size(), '\0');
-                    l_decoded.resize(l_lenient.for_level(static_cast<simd_level>(l_level))(
-                        reinterpret_cast<unsigned char *>(&l_decoded[0]), bytes_of(l_text), l_text.size()));
+                    l_decoded.resize(l_lenient.for_level(l_level)(reinterpret_cast<unsigned char *>(&l_decoded[0]),
+                                                                  bytes_of(l_text), l_text.size()));
                     ASSERT_EQ(l_decoded, l_expected) << "byte " << l_byte << " at " << l_offset;
                 }
             }

@@ -13,23 +13,13 @@
 
 #include "core/cpu_dispatch.h"
 #include "stream/codec_kernels.h"
+#include "support/simd_levels.h"
 
 namespace {
 
 using namespace ordwel;
 using internal::simd_level;
 using bytes = std::vector<unsigned char>;
-
-// The levels above scalar that this processor runs.
-std::vector<simd_level> vector_levels()
-{
-    std::vector<simd_level> l_levels;
-    auto const l_top = static_cast<unsigned>(internal::simd_level_of(internal::cpu_features_detected()));
-    for (unsigned l_level = 1; l_level <= l_top; ++l_level) {
-        l_levels.push_back(static_cast<simd_level>(l_level));
-    }
-    return l_levels;
-}
 
 bytes random_bytes(std::mt19937 &a_random, std::size_t a_size)
 {
@@ -74,7 +64,7 @@ bytes hex_decode(simd_level a_level, bytes const &a_text)
 void expect_base64_decoders_agree(bytes const &a_text)
 {
     bytes const l_expected = base64_decode(simd_level::scalar, a_text);
-    for (simd_level const l_level : vector_levels()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
         ASSERT_EQ(base64_decode(l_level, a_text), l_expected)
             << "level " << static_cast<unsigned>(l_level) << ", text of " << a_text.size();
     }
@@ -83,7 +73,7 @@ void expect_base64_decoders_agree(bytes const &a_text)
 void expect_hex_decoders_agree(bytes const &a_text)
 {
     bytes const l_expected = hex_decode(simd_level::scalar, a_text);
-    for (simd_level const l_level : vector_levels()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
         ASSERT_EQ(hex_decode(l_level, a_text), l_expected)
             << "level " << static_cast<unsigned>(l_level) << ", text of " << a_text.size();
     }
@@ -93,7 +83,7 @@ void expect_all_agree(bytes const &a_bytes, std::mt19937 &a_random)
 {
     bytes const l_base64 = base64_encode(simd_level::scalar, a_bytes);
     bytes l_hex = hex_encode(simd_level::scalar, a_bytes);
-    for (simd_level const l_level : vector_levels()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
         ASSERT_EQ(base64_encode(l_level, a_bytes), l_base64)
             << "level " << static_cast<unsigned>(l_level) << ", bytes " << a_bytes.size();
         ASSERT_EQ(hex_encode(l_level, a_bytes), l_hex)

@@ -17,6 +17,7 @@
 
 #include "core/cpu_dispatch.h"
 #include "support/scripted_streams.h"
+#include "support/simd_levels.h"
 
 namespace {
 
@@ -35,16 +36,6 @@ constexpr pattern k_patterns[] = {{0x000001, 24}, {0x000001b3, 32}, {0x00001, 20
 struct scan_find : ::testing::Test {
     ~scan_find() override { internal::simd_level_cap(simd_level::avx512); }
 };
-
-std::vector<simd_level> levels_here()
-{
-    std::vector<simd_level> l_levels;
-    simd_level const l_top = internal::simd_level_of(internal::cpu_features_detected());
-    for (unsigned l_level = 0; l_level <= static_cast<unsigned>(l_top); ++l_level) {
-        l_levels.push_back(static_cast<simd_level>(l_level));
-    }
-    return l_levels;
-}
 
 // Random bytes, a quarter of them zeros, with start codes (some followed by b3) planted at every
 // offset modulo 4, on both sides of each 4 KiB boundary and at the very end.
@@ -177,7 +168,7 @@ TEST_F(scan_find, agrees_with_brute_force_at_every_level_over_every_source)
         for (std::size_t l_skipped = 0; l_skipped < 4; ++l_skipped) {
             std::vector<uint64> const l_expected = matches_by_brute_force(l_data, l_pattern, l_skipped);
             ASSERT_GT(l_expected.size(), 10u);
-            for (simd_level const l_level : levels_here()) {
+            for (simd_level const l_level : ordwel_test::simd_levels_here()) {
                 internal::simd_level_cap(l_level);
                 for (source_kind const &l_kind : k_sources) {
                     for (uint64 const l_block : {4, 20, 4096}) {
