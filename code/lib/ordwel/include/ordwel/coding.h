@@ -220,6 +220,25 @@ inline void copy_ends(unsigned char *a_target, unsigned char const *a_source, ui
     std::memcpy(a_target + a_count - a_width, l_tail, a_width);
 }
 
+// Copies 64 < a_count <= 256 bytes as four blocks of 64 at 0, 64, 128 and 192, each moved back so
+// as to end at a_count at the latest: they overlap when a_count is below 256. A fixed set of moves
+// for the whole range, so that the lengths within it take the same path.
+inline void copy_quarters(unsigned char *a_target, unsigned char const *a_source, uint32 a_count)
+{
+    uint32 const l_last = a_count - 64;
+    uint32 const l_second = l_last < 64 ? l_last : 64;
+    uint32 const l_third = l_last < 128 ? l_last : 128;
+    unsigned char l_blocks[4][64];
+    std::memcpy(l_blocks[0], a_source, 64);
+    std::memcpy(l_blocks[1], a_source + l_second, 64);
+    std::memcpy(l_blocks[2], a_source + l_third, 64);
+    std::memcpy(l_blocks[3], a_source + l_last, 64);
+    std::memcpy(a_target, l_blocks[0], 64);
+    std::memcpy(a_target + l_second, l_blocks[1], 64);
+    std::memcpy(a_target + l_third, l_blocks[2], 64);
+    std::memcpy(a_target + l_last, l_blocks[3], 64);
+}
+
 template <typename T> inline void encode_network(T a_value, encoder_network &a_encoder)
 {
     unsigned char l_bytes[sizeof(T)];
@@ -237,14 +256,20 @@ template <typename T> inline T peek_network(decoder_network const &a_decoder, ui
     return internal::load_be<T>(a_decoder.here(sizeof(T), a_offset));
 }
 
-// Copies a_count bytes between blocks that don't overlap. Up to 32 bytes, the usual size of names
-// and small blobs, the copy is two overlapping loads and stores of a fixed width, without a call.
+// Copies a_count bytes between blocks that don't overlap. Up to 256 bytes, the usual size of names,
+// short texts and small blobs, the copy is overlapping loads and stores of a fixed width, without
+// a call: a string of varied lengths then meets a few branches on the length instead of the C
+// library's many size classes.
 inline void copy_item(void *a_target, void const *a_source, uint32 a_count)
 {
     auto *const l_target = static_cast<unsigned char *>(a_target);
     auto const *const l_source = static_cast<unsigned char const *>(a_source);
-    if (a_count > 32) {
+    if (a_count > 256) {
         std::memcpy(l_target, l_source, a_count);
+    } else if (a_count > 64) {
+        copy_quarters(l_target, l_source, a_count);
+    } else if (a_count > 32) {
+        copy_ends<32>(l_target, l_source, a_count);
     } else if (a_count >= 16) {
         copy_ends<16>(l_target, l_source, a_count);
     } else if (a_count >= 8) {

@@ -367,6 +367,61 @@ TEST(coding, reused_destinations_take_items_of_every_length)
     EXPECT_EQ(l_own_decoder.left(), 0u);
 }
 
+// Bytes that differ from their neighbours and from those 64 and 256 places away, so that a block
+// copied to the wrong place shows.
+std::string pattern(std::size_t a_length, unsigned a_seed)
+{
+    std::string l_text(a_length, '\0');
+    for (std::size_t l_index = 0; l_index < a_length; ++l_index) {
+        l_text[l_index] = static_cast<char>(l_index * 131 + (l_index >> 8) * 17 + a_seed);
+    }
+    return l_text;
+}
+
+// The item copy at every length across its size classes (1 to 3, 4, 8, 16, 32 and 64 bytes at a
+// time, four blocks of 64, the C library beyond 256): exactly the a_count bytes land, in order, and
+// the bytes on either side stay as they were.
+TEST(coding, item_copy_writes_exactly_its_bytes_at_every_length)
+{
+    std::string const l_source = pattern(320, 1);
+    for (uint32 l_count = 0; l_count <= 300; ++l_count) {
+        std::string l_target(l_count + 64, '\xee');
+        coding_detail::copy_item(&l_target[32], l_source.data() + 3, l_count);
+        EXPECT_EQ(l_target.substr(0, 32), std::string(32, '\xee')) << l_count;
+        EXPECT_EQ(l_target.substr(32, l_count), l_source.substr(3, l_count)) << l_count;
+        EXPECT_EQ(l_target.substr(32 + l_count), std::string(32, '\xee')) << l_count;
+    }
+}
+
+// A string takes items of every length up to past the inline copies, when it was longer before
+// (cut in place), empty with room enough (appended to) and empty without room (assigned); each time
+// it ends as exactly the item, terminated.
+TEST(coding, strings_take_items_of_every_length_from_every_start)
+{
+    buffer l_message;
+    encoder_network l_encoder(l_message);
+    for (std::size_t l_length = 0; l_length <= 300; ++l_length) {
+        string_encode_network(pattern(l_length, static_cast<unsigned>(l_length)), l_encoder);
+    }
+    struct start {
+        std::string m_text;
+        std::size_t m_room;
+    };
+    start const l_starts[] = {{pattern(300, 99), 300}, {std::string(), 400}, {std::string(), 0}};
+    for (start const &l_start : l_starts) {
+        decoder_network l_decoder(l_message);
+        for (std::size_t l_length = 0; l_length <= 300; ++l_length) {
+            std::string l_text = l_start.m_text;
+            l_text.reserve(l_start.m_room);
+            string_decode_network(l_text, l_decoder);
+            EXPECT_EQ(l_text, l_length == 0 ? l_start.m_text : pattern(l_length, static_cast<unsigned>(l_length)))
+                << l_start.m_text.size() << " " << l_length;
+            EXPECT_EQ(l_text.c_str()[l_text.size()], '\0');
+        }
+        EXPECT_EQ(l_decoder.left(), 0u);
+    }
+}
+
 // Appending the buffer's own bytes works even when the append moves the block.
 TEST(coding, encoder_appends_its_own_bytes_across_growth)
 {
