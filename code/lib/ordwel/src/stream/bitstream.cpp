@@ -62,10 +62,13 @@ struct found_ahead {
     uint64 m_bytes;    // the reader's bytes in the block
     uint32 m_want;
     uint32 m_mask;
+    unsigned int m_value; // the search's arguments, as the caller gave them
+    uint64 m_bits;
     uint64 m_scanned; // every match that starts below this offset in the memory is in m_at
     uint64 m_count;
     uint64 m_next;        // the first of m_at not yet taken
-    uint64 m_at[k_ahead]; // offsets in the memory, ascending
+    uint64 m_base;        // the offset in the memory that m_at count from
+    uint64 m_at[k_ahead]; // ascending
 };
 
 // The kept matches stand behind the block's room (the block of a_size bytes, up to 8 carried and
@@ -209,7 +212,7 @@ bool matches_at(unsigned char const *a_data, uint64 a_rest, uint32 a_want, uint3
 
 // The stretch of memory that a search scans at a time for a pattern led by three bytes: the
 // matches found in it are kept for the next searches.
-constexpr uint64 k_scan_stretch = 4096;
+constexpr uint64 k_scan_stretch = 8192;
 
 // Looks in the memory from a_from on for a pattern of a_bits (24 or more) bits, found by its three
 // leading bytes, stretch by stretch, and keeps in a_ahead the matches of the first stretch that has
@@ -228,26 +231,27 @@ bool collect_in_memory(uint32 a_want, uint32 a_mask, uint64 a_bits, stream::memo
             static_cast<std::size_t>(l_reach));
         // Every start below the last when the room is full, else below the reach.
         uint64 const l_scanned = l_count == k_ahead ? l_from + a_ahead.m_at[k_ahead - 1] + 1 : l_from + l_reach;
-        uint64 l_kept = 0;
-        for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
-            uint64 const l_at = l_from + a_ahead.m_at[l_index];
-            if (a_bits > 24) {
-                // Past the leading bytes: the rest of the pattern, which must lie in the data.
+        uint64 l_kept = l_count;
+        if (a_bits > 24) {
+            // Past the leading bytes: the rest of the pattern, which must lie in the data.
+            l_kept = 0;
+            for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
+                uint64 const l_at = l_from + a_ahead.m_at[l_index];
                 uint64 const l_rest = a_memory.m_size - l_at;
                 if (8 * l_rest < a_bits) {
                     break;
                 }
-                if (!matches_at(a_memory.m_data + l_at, l_rest, a_want, a_mask)) {
-                    continue;
+                if (matches_at(a_memory.m_data + l_at, l_rest, a_want, a_mask)) {
+                    a_ahead.m_at[l_kept++] = a_ahead.m_at[l_index];
                 }
             }
-            a_ahead.m_at[l_kept++] = l_at;
         }
         if (l_kept != 0) {
             a_ahead.m_count = l_kept;
             a_ahead.m_next = 1;
             a_ahead.m_scanned = l_scanned;
-            a_at = a_ahead.m_at[0];
+            a_ahead.m_base = l_from;
+            a_at = l_from + a_ahead.m_at[0];
             return true;
         }
         l_from = l_scanned;
@@ -294,8 +298,10 @@ inline uint64 settle_in_memory(stream::rd &a_stream, stream::memory_kind a_kind,
 
 // After a settle on a match that collect_in_memory gave: what the matches kept behind it hold by.
 void keep_ahead(found_ahead &a_ahead, stream::rd *a_stream, stream::memory_span const &a_memory, uint64 a_position,
-                uint64 a_bytes, uint32 a_want, uint32 a_mask)
+                uint64 a_bytes, uint32 a_want, uint32 a_mask, unsigned int a_value, uint64 a_bits)
 {
+    a_ahead.m_value = a_value;
+    a_ahead.m_bits = a_bits;
     a_ahead.m_stream = a_stream;
     a_ahead.m_kind = stream::memory_access::kind_of(*a_stream);
     a_ahead.m_data = a_memory.m_data;
@@ -326,50 +332,66 @@ ORDWEL_NOINLINE bool scan_on(found_ahead &a_ahead, stream::rd &a_stream, stream:
     return true;
 }
 
-// The next match from the kept ones (kept for this stream and pattern), for the cursor at byte
-// a_cursor of the block. Gives 1 on a match, 0 when there is none up to the end of the data, -1
-// when the kept matches do not hold: then the search takes the long way. The block's data ends
-// where the stream stands, so the cursor and the matches have offsets in the memory.
+// The next match from the kept ones (kept for this stream and pattern), for the cursor a_unread
+// bytes before the end of the block's data. Gives 1 on a match, 0 when there is none up to the end
+// of the data, -1 when the kept matches do not hold: then the search takes the long way. The
+// block's data ends where the stream stands, so the cursor and the matches have offsets in the
+// memory.
 inline int take_ahead(found_ahead &a_ahead, stream::rd &a_stream, unsigned char *a_block, uint64 a_block_size,
-                      uint64 &a_bytes, uint64 &a_bits, uint64 a_cursor, uint64 a_pattern_bits)
+                      uint64 &a_bytes, uint64 &a_bits, uint64 a_unread, uint64 a_pattern_bits)
 {
     // The stream is of the class it was when the matches were kept.
-    if (a_ahead.m_bytes != a_bytes) {
-        return -1;
-    }
     stream::memory_span const l_memory = stream::memory_access::span_as(a_stream, a_ahead.m_kind);
-    if (l_memory.m_data != a_ahead.m_data || l_memory.m_size != a_ahead.m_size ||
-        l_memory.m_position != a_ahead.m_position) {
+    if (a_ahead.m_bytes != a_bytes || l_memory.m_position != a_ahead.m_position || l_memory.m_data != a_ahead.m_data ||
+        l_memory.m_size != a_ahead.m_size) {
         return -1;
     }
     uint64 const l_end = l_memory.m_position;
-    uint64 const l_cursor = l_end - a_bytes + a_cursor;
+    uint64 const l_cursor = l_end - a_unread;
     uint64 l_next = a_ahead.m_next;
-    while (l_next < a_ahead.m_count && a_ahead.m_at[l_next] < l_cursor) {
+    // Those behind a cursor that reads moved on are passed over.
+    while (l_next < a_ahead.m_count && a_ahead.m_base + a_ahead.m_at[l_next] < l_cursor) {
         ++l_next;
     }
-    a_ahead.m_next = l_next;
     if (l_next == a_ahead.m_count) {
+        a_ahead.m_next = l_next;
         if (a_ahead.m_scanned < l_end) {
             return -1;
         }
         return scan_on(a_ahead, a_stream, l_memory, a_block, a_block_size, a_bytes, a_bits, a_pattern_bits) ? 1 : 0;
     }
-    uint64 const l_at = a_ahead.m_at[l_next];
+    a_ahead.m_next = l_next + 1;
+    uint64 const l_at = a_ahead.m_base + a_ahead.m_at[l_next];
     if (l_at + (a_pattern_bits + 7) / 8 <= l_end) {
         // In the block: its bytes were copied from the memory that the scan saw.
-        a_ahead.m_next = l_next + 1;
         a_bits = 8 * (l_end - l_at) - a_pattern_bits;
         return 1;
     }
     // Behind the block: still there, unless the memory was written since. One that starts in the
     // block and ends in the memory takes the long way.
-    if (l_at < l_end || !matches_at(l_memory.m_data + l_at, l_memory.m_size - l_at, a_ahead.m_want, a_ahead.m_mask)) {
+    uint64 const l_rest = l_memory.m_size - l_at;
+    if (l_at < l_end || !matches_at(l_memory.m_data + l_at, l_rest, a_ahead.m_want, a_ahead.m_mask)) {
+        a_ahead.m_next = l_next;
         return -1;
     }
-    a_ahead.m_next = l_next + 1;
-    a_ahead.m_position = settle_in_memory(a_stream, a_ahead.m_kind, l_memory, a_block, a_block_size, a_bytes, a_bits,
-                                          true, l_at, a_pattern_bits);
+    if (l_rest >= k_found_bytes && a_block_size >= k_found_bytes) {
+        // As settle_in_memory, for a whole copy.
+        uint64 const l_offset_in_block = (l_at + a_bytes - l_end) & 3;
+        unsigned char *const l_to = a_block + l_offset_in_block;
+        unsigned char const *const l_from = l_memory.m_data + l_at;
+        std::memcpy(l_to, l_from, 16);
+        std::memcpy(l_to + 16, l_from + 16, 16);
+        std::memcpy(l_to + 32, l_from + 32, 16);
+        std::memcpy(l_to + 48, l_from + 48, 16);
+        stream::memory_access::set_position_as(a_stream, a_ahead.m_kind, l_at + k_found_bytes);
+        a_bytes = l_offset_in_block + k_found_bytes;
+        a_bits = 8 * k_found_bytes - a_pattern_bits;
+        clear_behind(a_block, a_bytes);
+        a_ahead.m_position = l_at + k_found_bytes;
+    } else {
+        a_ahead.m_position = settle_in_memory(a_stream, a_ahead.m_kind, l_memory, a_block, a_block_size, a_bytes,
+                                              a_bits, true, l_at, a_pattern_bits);
+    }
     a_ahead.m_bytes = a_bytes;
     return 1;
 }
@@ -482,6 +504,19 @@ void rd::skip(uint64 a_count) const
 
 bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align) const
 {
+    unsigned char *const l_bytes = bytes();
+    found_ahead &l_ahead = ahead_of(l_bytes, m_size);
+    // The same search as the one that kept the matches, from a byte boundary: an alignment of up
+    // to 8 bits leaves the cursor where it is.
+    if (l_ahead.m_stream == m_stream && l_ahead.m_value == a_value && l_ahead.m_bits == a_bits && a_step == 8 &&
+        (m_bits & 7) == 0 && a_align <= 8 && (a_align & (a_align - 1)) == 0) {
+        int const l_taken =
+            take_ahead(l_ahead, *m_stream, l_bytes, m_size, m_bytes, m_bits, m_bits / 8, detail::at_most_32(a_bits));
+        if (l_taken >= 0) {
+            return l_taken != 0;
+        }
+    }
+
     uint64 const l_bits = detail::at_most_32(a_bits);
     // A shift by 32 counts as a shift by 0.
     uint32 const l_want = l_bits == 0 || l_bits == 32 ? a_value : a_value << (32 - l_bits);
@@ -491,20 +526,11 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
                                       : (a_align & (a_align - 1)) == 0 ? m_bits & (a_align - 1)
                                                                        : m_bits % a_align);
     uint64 const l_position = m_bytes * 8 - l_unread;
-    unsigned char *const l_bytes = bytes();
-    found_ahead &l_ahead = ahead_of(l_bytes, m_size);
-    if (l_ahead.m_stream == m_stream && a_step == 8 && l_ahead.m_want == l_want && l_ahead.m_mask == l_mask &&
-        l_position % 8 == 0) {
-        int const l_taken = take_ahead(l_ahead, *m_stream, l_bytes, m_size, m_bytes, m_bits, l_position / 8, l_bits);
-        if (l_taken >= 0) {
-            return l_taken != 0;
-        }
-    }
 
     // The long way, out of line, so that the way through the kept matches stays short.
     struct search {
-        static ORDWEL_NOINLINE bool on(rd const &a_reader, uint64 a_step, uint64 l_bits, uint32 l_want, uint32 l_mask,
-                                       uint64 l_unread, uint64 l_position)
+        static ORDWEL_NOINLINE bool on(rd const &a_reader, unsigned int a_value, uint64 a_bits, uint64 a_step,
+                                       uint64 l_bits, uint32 l_want, uint32 l_mask, uint64 l_unread, uint64 l_position)
         {
             // Every step of 32 or more tests one position per word; a larger one must not wrap the
             // offset.
@@ -557,7 +583,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
                             a_reader.m_size, a_reader.m_bytes, a_reader.m_bits, l_found, l_at, l_bits);
                         if (l_found) {
                             keep_ahead(l_ahead, a_reader.m_stream, l_memory, l_settled, a_reader.m_bytes, l_want,
-                                       l_mask);
+                                       l_mask, a_value, a_bits);
                         }
                         return l_found;
                     }
@@ -643,7 +669,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             return false;
         }
     };
-    return search::on(*this, a_step, l_bits, l_want, l_mask, l_unread, l_position);
+    return search::on(*this, a_value, a_bits, a_step, l_bits, l_want, l_mask, l_unread, l_position);
 }
 
 // The writer's block: m_size bytes and a spare word behind them, so that a
