@@ -411,22 +411,27 @@ ORDWEL_ALWAYS_INLINE uint64 triple_mask_avx512(unsigned char const *a_at, __mmas
            _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(a_valid, a_at + 2), a_third) & a_valid;
 }
 
-ORDWEL_TARGET("avx512f,avx512bw,bmi")
-std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
-                                  unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
-                                  std::size_t a_reach)
+// The 32 words at a_at through the filter: zero where a word may hold a run. Where the two values
+// agree on zeros (start codes) the filter is a mask alone, which takes the load into the AND.
+template <bool t_plain>
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE __m512i filtered_words_avx512(unsigned char const *a_at, __m512i a_value, __m512i a_mask)
 {
-    if (a_size < 3 || a_room == 0) {
-        return 0;
+    if (t_plain) {
+        return _mm512_and_si512(_mm512_loadu_si512(a_at), a_mask);
     }
-    unsigned const l_odd = a_first | (unsigned{a_second} << 8);
-    unsigned const l_even = a_second | (unsigned{a_third} << 8);
-    unsigned const l_agree = ~(l_odd ^ l_even) & 0xffff;
-    if (__builtin_popcount(~l_agree & 0xffff) > 2) {
-        // Too weak a filter for these bytes.
-        return triple_collect_by<triple_find_avx512>(a_data, a_size, a_first, a_second, a_third, a_out, a_room,
-                                                     a_reach);
-    }
+    // (A ^ B) & C.
+    return _mm512_ternarylogic_epi32(_mm512_loadu_si512(a_at), a_value, a_mask, 0x28);
+}
+
+template <bool t_plain>
+ORDWEL_TARGET("avx512f,avx512bw,bmi")
+std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                                     unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
+                                     std::size_t a_reach, unsigned a_odd, unsigned a_agree)
+{
+    unsigned const l_odd = a_odd;
+    unsigned const l_agree = a_agree;
     run_starts l_starts{a_out, a_room, 0};
     __m512i const l_first = _mm512_set1_epi8(static_cast<char>(a_first));
     __m512i const l_second = _mm512_set1_epi8(static_cast<char>(a_second));
@@ -454,10 +459,10 @@ std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_siz
         for (std::size_t l_step = 0; l_step < k_collect_steps && l_index + 256 <= l_positions; ++l_step) {
             unsigned char const *const l_at = a_data + l_index + 1;
             // (A ^ B) & C: zero where a word may hold a run.
-            __m512i const l_words0 = _mm512_ternarylogic_epi32(_mm512_loadu_si512(l_at), l_value, l_mask, 0x28);
-            __m512i const l_words1 = _mm512_ternarylogic_epi32(_mm512_loadu_si512(l_at + 64), l_value, l_mask, 0x28);
-            __m512i const l_words2 = _mm512_ternarylogic_epi32(_mm512_loadu_si512(l_at + 128), l_value, l_mask, 0x28);
-            __m512i const l_words3 = _mm512_ternarylogic_epi32(_mm512_loadu_si512(l_at + 192), l_value, l_mask, 0x28);
+            __m512i const l_words0 = filtered_words_avx512<t_plain>(l_at, l_value, l_mask);
+            __m512i const l_words1 = filtered_words_avx512<t_plain>(l_at + 64, l_value, l_mask);
+            __m512i const l_words2 = filtered_words_avx512<t_plain>(l_at + 128, l_value, l_mask);
+            __m512i const l_words3 = filtered_words_avx512<t_plain>(l_at + 192, l_value, l_mask);
             __m512i const l_least =
                 _mm512_min_epu16(_mm512_min_epu16(l_words0, l_words1), _mm512_min_epu16(l_words2, l_words3));
             uint32 const l_zero = _mm512_testn_epi16_mask(l_least, l_least);
@@ -506,6 +511,28 @@ std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_siz
         }
     }
     return l_starts.m_count;
+}
+
+ORDWEL_TARGET("avx512f,avx512bw,bmi")
+std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                                  unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
+                                  std::size_t a_reach)
+{
+    if (a_size < 3 || a_room == 0) {
+        return 0;
+    }
+    unsigned const l_odd = a_first | (unsigned{a_second} << 8);
+    unsigned const l_even = a_second | (unsigned{a_third} << 8);
+    unsigned const l_agree = ~(l_odd ^ l_even) & 0xffff;
+    if (__builtin_popcount(~l_agree & 0xffff) > 2) {
+        // Too weak a filter for these bytes.
+        return triple_collect_by<triple_find_avx512>(a_data, a_size, a_first, a_second, a_third, a_out, a_room,
+                                                     a_reach);
+    }
+    return (l_odd & l_agree) == 0 ? triple_collect_avx512_as<true>(a_data, a_size, a_first, a_second, a_third, a_out,
+                                                                   a_room, a_reach, l_odd, l_agree)
+                                  : triple_collect_avx512_as<false>(a_data, a_size, a_first, a_second, a_third, a_out,
+                                                                    a_room, a_reach, l_odd, l_agree);
 }
 
 // 16 bytes in each 128-bit lane. (Built from four words: GCC 12 warns inside its own
