@@ -312,90 +312,6 @@ void keep_ahead(found_ahead &a_ahead, stream::rd *a_stream, stream::memory_span 
     a_ahead.m_mask = a_mask;
 }
 
-// The kept matches ran out before the end of their scan, which lies beyond the block: the scan goes
-// on from there. Gives whether it found one.
-ORDWEL_NOINLINE bool scan_on(found_ahead &a_ahead, stream::rd &a_stream, stream::memory_span const &a_memory,
-                             unsigned char *a_block, uint64 a_block_size, uint64 &a_bytes, uint64 &a_bits,
-                             uint64 a_pattern_bits)
-{
-    uint64 l_at = 0;
-    bool const l_found =
-        collect_in_memory(a_ahead.m_want, a_ahead.m_mask, a_pattern_bits, a_memory, a_ahead.m_scanned, a_ahead, l_at);
-    uint64 const l_settled = settle_in_memory(a_stream, a_ahead.m_kind, a_memory, a_block, a_block_size, a_bytes,
-                                              a_bits, l_found, l_at, a_pattern_bits);
-    if (!l_found) {
-        a_ahead.m_stream = nullptr;
-        return false;
-    }
-    a_ahead.m_position = l_settled;
-    a_ahead.m_bytes = a_bytes;
-    return true;
-}
-
-// The next match from the kept ones (kept for this stream and pattern), for the cursor a_unread
-// bytes before the end of the block's data. Gives 1 on a match, 0 when there is none up to the end
-// of the data, -1 when the kept matches do not hold: then the search takes the long way. The
-// block's data ends where the stream stands, so the cursor and the matches have offsets in the
-// memory.
-inline int take_ahead(found_ahead &a_ahead, stream::rd &a_stream, unsigned char *a_block, uint64 a_block_size,
-                      uint64 &a_bytes, uint64 &a_bits, uint64 a_unread, uint64 a_pattern_bits)
-{
-    // The stream is of the class it was when the matches were kept.
-    stream::memory_span const l_memory = stream::memory_access::span_as(a_stream, a_ahead.m_kind);
-    if (a_ahead.m_bytes != a_bytes || l_memory.m_position != a_ahead.m_position || l_memory.m_data != a_ahead.m_data ||
-        l_memory.m_size != a_ahead.m_size) {
-        return -1;
-    }
-    uint64 const l_end = l_memory.m_position;
-    uint64 const l_cursor = l_end - a_unread;
-    uint64 l_next = a_ahead.m_next;
-    // Those behind a cursor that reads moved on are passed over.
-    while (l_next < a_ahead.m_count && a_ahead.m_base + a_ahead.m_at[l_next] < l_cursor) {
-        ++l_next;
-    }
-    if (l_next == a_ahead.m_count) {
-        a_ahead.m_next = l_next;
-        if (a_ahead.m_scanned < l_end) {
-            return -1;
-        }
-        return scan_on(a_ahead, a_stream, l_memory, a_block, a_block_size, a_bytes, a_bits, a_pattern_bits) ? 1 : 0;
-    }
-    a_ahead.m_next = l_next + 1;
-    uint64 const l_at = a_ahead.m_base + a_ahead.m_at[l_next];
-    if (l_at + (a_pattern_bits + 7) / 8 <= l_end) {
-        // In the block: its bytes were copied from the memory that the scan saw.
-        a_bits = 8 * (l_end - l_at) - a_pattern_bits;
-        return 1;
-    }
-    // Behind the block: still there, unless the memory was written since. One that starts in the
-    // block and ends in the memory takes the long way.
-    uint64 const l_rest = l_memory.m_size - l_at;
-    if (l_at < l_end || !matches_at(l_memory.m_data + l_at, l_rest, a_ahead.m_want, a_ahead.m_mask)) {
-        a_ahead.m_next = l_next;
-        return -1;
-    }
-    if (l_rest >= k_found_bytes && a_block_size >= k_found_bytes) {
-        // As settle_in_memory, for a whole copy.
-        uint64 const l_offset_in_block = (l_at + a_bytes - l_end) & 3;
-        unsigned char *const l_to = a_block + l_offset_in_block;
-        unsigned char const *const l_from = l_memory.m_data + l_at;
-        std::memcpy(l_to, l_from, 16);
-        std::memcpy(l_to + 16, l_from + 16, 16);
-        std::memcpy(l_to + 32, l_from + 32, 16);
-        std::memcpy(l_to + 48, l_from + 48, 16);
-        stream::memory_access::set_position_as(a_stream, a_ahead.m_kind, l_at + k_found_bytes);
-        a_bytes = l_offset_in_block + k_found_bytes;
-        a_bits = 8 * k_found_bytes - a_pattern_bits;
-        clear_behind(a_block, a_bytes);
-        a_ahead.m_position = l_at + k_found_bytes;
-    } else {
-        a_ahead.m_position = settle_in_memory(a_stream, a_ahead.m_kind, l_memory, a_block, a_block_size, a_bytes,
-                                              a_bits, true, l_at, a_pattern_bits);
-    }
-    a_ahead.m_bytes = a_bytes;
-    return 1;
-}
-
 } // namespace
 
 // The reader's block: m_size bytes of data behind up to 7 carried bytes, then
@@ -504,34 +420,55 @@ void rd::skip(uint64 a_count) const
 
 bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align) const
 {
-    unsigned char *const l_bytes = bytes();
-    found_ahead &l_ahead = ahead_of(l_bytes, m_size);
-    // The same search as the one that kept the matches, from a byte boundary: an alignment of up
-    // to 8 bits leaves the cursor where it is.
-    if (l_ahead.m_stream == m_stream && l_ahead.m_value == a_value && l_ahead.m_bits == a_bits && a_step == 8 &&
-        (m_bits & 7) == 0 && a_align <= 8 && (a_align & (a_align - 1)) == 0) {
-        int const l_taken =
-            take_ahead(l_ahead, *m_stream, l_bytes, m_size, m_bytes, m_bits, m_bits / 8, detail::at_most_32(a_bits));
-        if (l_taken >= 0) {
-            return l_taken != 0;
-        }
-    }
-
-    uint64 const l_bits = detail::at_most_32(a_bits);
-    // A shift by 32 counts as a shift by 0.
-    uint32 const l_want = l_bits == 0 || l_bits == 32 ? a_value : a_value << (32 - l_bits);
-    uint32 const l_mask = l_bits == 0 ? 0 : ~uint32(0) << (32 - l_bits);
-    // Alignments are powers of two in practice: a mask spares the division.
-    uint64 const l_unread = m_bits - (a_align == 0                     ? 0
-                                      : (a_align & (a_align - 1)) == 0 ? m_bits & (a_align - 1)
-                                                                       : m_bits % a_align);
-    uint64 const l_position = m_bytes * 8 - l_unread;
-
-    // The long way, out of line, so that the way through the kept matches stays short.
+    // The ways out of the kept matches and the long way, out of line (and called last), so that
+    // the way through the kept matches stays short.
     struct search {
-        static ORDWEL_NOINLINE bool on(rd const &a_reader, unsigned int a_value, uint64 a_bits, uint64 a_step,
-                                       uint64 l_bits, uint32 l_want, uint32 l_mask, uint64 l_unread, uint64 l_position)
+        // The kept matches ran out before the end of their scan, which lies beyond the block: the
+        // scan goes on from there.
+        static ORDWEL_NOINLINE bool scan_on(rd const &a_reader, found_ahead &a_ahead)
         {
+            stream::memory_span const l_memory = stream::memory_access::span_as(*a_reader.m_stream, a_ahead.m_kind);
+            uint64 const l_bits = detail::at_most_32(a_ahead.m_bits);
+            uint64 l_at = 0;
+            bool const l_found =
+                collect_in_memory(a_ahead.m_want, a_ahead.m_mask, l_bits, l_memory, a_ahead.m_scanned, a_ahead, l_at);
+            uint64 const l_settled =
+                settle_in_memory(*a_reader.m_stream, a_ahead.m_kind, l_memory, a_reader.bytes(), a_reader.m_size,
+                                 a_reader.m_bytes, a_reader.m_bits, l_found, l_at, l_bits);
+            if (!l_found) {
+                a_ahead.m_stream = nullptr;
+                return false;
+            }
+            a_ahead.m_position = l_settled;
+            a_ahead.m_bytes = a_reader.m_bytes;
+            return true;
+        }
+
+        // A kept match at a_at in the memory, near its end or with a small block.
+        static ORDWEL_NOINLINE bool settle_on(rd const &a_reader, found_ahead &a_ahead, uint64 a_at)
+        {
+            stream::memory_span const l_memory = stream::memory_access::span_as(*a_reader.m_stream, a_ahead.m_kind);
+            a_ahead.m_position =
+                settle_in_memory(*a_reader.m_stream, a_ahead.m_kind, l_memory, a_reader.bytes(), a_reader.m_size,
+                                 a_reader.m_bytes, a_reader.m_bits, true, a_at, detail::at_most_32(a_ahead.m_bits));
+            a_ahead.m_bytes = a_reader.m_bytes;
+            return true;
+        }
+
+        static ORDWEL_NOINLINE bool on(rd const &a_reader, unsigned int a_value, uint64 a_bits, uint64 a_step,
+                                       uint64 a_align)
+        {
+            uint64 const l_bits = detail::at_most_32(a_bits);
+            // A shift by 32 counts as a shift by 0.
+            uint32 const l_want = l_bits == 0 || l_bits == 32 ? a_value : a_value << (32 - l_bits);
+            uint32 const l_mask = l_bits == 0 ? 0 : ~uint32(0) << (32 - l_bits);
+            // Alignments are powers of two in practice: a mask spares the division.
+            uint64 const l_unread =
+                a_reader.m_bits - (a_align == 0                     ? 0
+                                   : (a_align & (a_align - 1)) == 0 ? a_reader.m_bits & (a_align - 1)
+                                                                    : a_reader.m_bits % a_align);
+            uint64 const l_position = a_reader.m_bytes * 8 - l_unread;
+
             // Every step of 32 or more tests one position per word; a larger one must not wrap the
             // offset.
             uint64 const l_step = a_step == 0 ? 1 : std::min<uint64>(a_step, 64);
@@ -669,7 +606,67 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             return false;
         }
     };
-    return search::on(*this, a_value, a_bits, a_step, l_bits, l_want, l_mask, l_unread, l_position);
+
+    // The same search as the one that kept the matches, from a byte boundary (an alignment of up
+    // to 8 bits leaves the cursor where it is), while nothing but the cursor has moved. The
+    // stream is of the class it was when they were kept. The block's data ends where the stream
+    // stands, so the cursor and the matches have offsets in the memory.
+    unsigned char *const l_bytes = bytes();
+    found_ahead &l_ahead = ahead_of(l_bytes, m_size);
+    if (l_ahead.m_stream == m_stream && l_ahead.m_value == a_value && l_ahead.m_bits == a_bits && a_step == 8 &&
+        (m_bits & 7) == 0 && a_align <= 8 && (a_align & (a_align - 1)) == 0) {
+        stream::memory_span const l_memory = stream::memory_access::span_as(*m_stream, l_ahead.m_kind);
+        if (l_ahead.m_bytes == m_bytes && l_memory.m_position == l_ahead.m_position &&
+            l_memory.m_data == l_ahead.m_data && l_memory.m_size == l_ahead.m_size) {
+            uint64 const l_end = l_memory.m_position;
+            uint64 const l_cursor = l_end - m_bits / 8;
+            uint64 l_next = l_ahead.m_next;
+            // Those behind a cursor that reads moved on are passed over.
+            while (l_next < l_ahead.m_count && l_ahead.m_base + l_ahead.m_at[l_next] < l_cursor) {
+                ++l_next;
+            }
+            if (l_next == l_ahead.m_count) {
+                l_ahead.m_next = l_next;
+                if (l_ahead.m_scanned >= l_end) {
+                    return search::scan_on(*this, l_ahead);
+                }
+            } else {
+                uint64 const l_bits = detail::at_most_32(a_bits);
+                uint64 const l_at = l_ahead.m_base + l_ahead.m_at[l_next];
+                if (l_at + (l_bits + 7) / 8 <= l_end) {
+                    // In the block: its bytes were copied from the memory that the scan saw.
+                    l_ahead.m_next = l_next + 1;
+                    m_bits = 8 * (l_end - l_at) - l_bits;
+                    return true;
+                }
+                // Behind the block: still there, unless the memory was written since. One that
+                // starts in the block and ends in the memory takes the long way.
+                uint64 const l_rest = l_memory.m_size - l_at;
+                if (l_at >= l_end && matches_at(l_memory.m_data + l_at, l_rest, l_ahead.m_want, l_ahead.m_mask)) {
+                    l_ahead.m_next = l_next + 1;
+                    if (l_rest < k_found_bytes || m_size < k_found_bytes) {
+                        return search::settle_on(*this, l_ahead, l_at);
+                    }
+                    // As settle_in_memory, for a whole copy.
+                    uint64 const l_offset_in_block = (l_at + m_bytes - l_end) & 3;
+                    unsigned char *const l_to = l_bytes + l_offset_in_block;
+                    unsigned char const *const l_from = l_memory.m_data + l_at;
+                    std::memcpy(l_to, l_from, 16);
+                    std::memcpy(l_to + 16, l_from + 16, 16);
+                    std::memcpy(l_to + 32, l_from + 32, 16);
+                    std::memcpy(l_to + 48, l_from + 48, 16);
+                    stream::memory_access::set_position_as(*m_stream, l_ahead.m_kind, l_at + k_found_bytes);
+                    m_bytes = l_offset_in_block + k_found_bytes;
+                    m_bits = 8 * k_found_bytes - l_bits;
+                    clear_behind(l_bytes, m_bytes);
+                    l_ahead.m_position = l_at + k_found_bytes;
+                    l_ahead.m_bytes = m_bytes;
+                    return true;
+                }
+            }
+        }
+    }
+    return search::on(*this, a_value, a_bits, a_step, a_align);
 }
 
 // The writer's block: m_size bytes and a spare word behind them, so that a
