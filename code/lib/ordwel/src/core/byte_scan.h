@@ -22,8 +22,8 @@ using triple_find = std::size_t (*)(unsigned char const *a_data, std::size_t a_s
 extern dispatch<triple_find> const k_triple_find;
 
 // The starts of the same runs below a_reach, in order, into a_out, at most a_room of them: gives
-// their count (the slots of a_out behind them may be written too). One call finds the runs that lie close together, such as the start codes of the
-// next few units, without stopping at each.
+// their count (the slots of a_out behind them may be written too). One call finds the runs that
+// lie close together, such as the start codes of the next few units, without stopping at each.
 using triple_collect = std::size_t (*)(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
                                        unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
                                        std::size_t a_reach);

@@ -51,8 +51,9 @@ constexpr std::size_t k_ahead = 16;
 // reader's block for the next searches of the same pattern, which then neither compare the bytes
 // left in the block with the memory nor enter the scan again. They hold while nothing has moved
 // but the cursor within the block: a refill, a skip or a read through the source, clear and set
-// drop them, and the memory and the stream's position must be as they were. They reach less than a
-// block beyond the stream's position, as a reader of any other source holds a block read ahead.
+// drop them, and the memory and the stream's position must be as they were. They reach at most a
+// stretch of the scan beyond the stream's position, as a reader of any other source holds a block
+// read ahead.
 struct found_ahead {
     stream::rd const *m_stream; // null: nothing kept
     stream::memory_kind m_kind;
