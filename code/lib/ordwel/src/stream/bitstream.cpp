@@ -212,20 +212,24 @@ bool matches_at(unsigned char const *a_data, uint64 a_rest, uint32 a_want, uint3
 }
 
 // The stretch of memory that a search scans at a time for a pattern led by three bytes: the
-// matches found in it are kept for the next searches.
+// matches found in it are kept for the next searches. Never more than the reader's block, so that
+// a search has looked no further ahead than a reader that copies its source block by block: bytes
+// written into the memory beyond that are seen by the next search, as they would be by its refill.
 constexpr uint64 k_scan_stretch = 8192;
 
 // Looks in the memory from a_from on for a pattern of a_bits (24 or more) bits, found by its three
-// leading bytes, stretch by stretch, and keeps in a_ahead the matches of the first stretch that has
-// any, the first of them taken. Gives true and the first in a_at; false when there is none.
+// leading bytes, stretch by stretch (each at most a_block bytes long), and keeps in a_ahead the
+// matches of the first stretch that has any, the first of them taken. Gives true and the first in
+// a_at; false when there is none.
 bool collect_in_memory(uint32 a_want, uint32 a_mask, uint64 a_bits, stream::memory_span const &a_memory, uint64 a_from,
-                       found_ahead &a_ahead, uint64 &a_at)
+                       uint64 a_block, found_ahead &a_ahead, uint64 &a_at)
 {
     internal::triple_collect const l_collect = internal::k_triple_collect.for_level(internal::simd_level_active());
+    uint64 const l_stretch = std::min(k_scan_stretch, a_block);
     uint64 l_from = a_from;
     while (l_from + 3 <= a_memory.m_size) {
         uint64 const l_size = a_memory.m_size - l_from;
-        uint64 const l_reach = std::min(k_scan_stretch, l_size);
+        uint64 const l_reach = std::min(l_stretch, l_size);
         std::size_t const l_count = l_collect(
             a_memory.m_data + l_from, static_cast<std::size_t>(l_size), static_cast<unsigned char>(a_want >> 24),
             static_cast<unsigned char>(a_want >> 16), static_cast<unsigned char>(a_want >> 8), a_ahead.m_at, k_ahead,
@@ -431,8 +435,8 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
             stream::memory_span const l_memory = stream::memory_access::span_as(*a_reader.m_stream, a_ahead.m_kind);
             uint64 const l_bits = detail::at_most_32(a_ahead.m_bits);
             uint64 l_at = 0;
-            bool const l_found =
-                collect_in_memory(a_ahead.m_want, a_ahead.m_mask, l_bits, l_memory, a_ahead.m_scanned, a_ahead, l_at);
+            bool const l_found = collect_in_memory(a_ahead.m_want, a_ahead.m_mask, l_bits, l_memory, a_ahead.m_scanned,
+                                                   a_reader.m_size, a_ahead, l_at);
             uint64 const l_settled =
                 settle_in_memory(*a_reader.m_stream, a_ahead.m_kind, l_memory, a_reader.bytes(), a_reader.m_size,
                                  a_reader.m_bytes, a_reader.m_bits, l_found, l_at, l_bits);
@@ -514,8 +518,9 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
                     if (l_bits >= 24) {
                         // Led by three whole bytes: the matches behind this one in the same stretch
                         // are kept for the next searches.
-                        bool const l_found = collect_in_memory(l_want, l_mask, l_bits, l_memory,
-                                                               l_memory.m_position - l_left, l_ahead, l_at);
+                        bool const l_found =
+                            collect_in_memory(l_want, l_mask, l_bits, l_memory, l_memory.m_position - l_left,
+                                              a_reader.m_size, l_ahead, l_at);
                         uint64 const l_settled = settle_in_memory(
                             *a_reader.m_stream, stream::memory_access::kind_of(*a_reader.m_stream), l_memory, l_bytes,
                             a_reader.m_size, a_reader.m_bytes, a_reader.m_bits, l_found, l_at, l_bits);

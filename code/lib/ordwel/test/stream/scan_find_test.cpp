@@ -449,6 +449,30 @@ TEST_F(scan_find, kept_matches_give_way_to_every_move_of_the_stream)
     }
 }
 
+// A search looks no further ahead than a reader that copies its source block by block: a start
+// code written into the memory more than a block beyond the stream's position, the stream left
+// where it stood, is found by the next search.
+TEST_F(scan_find, a_start_code_written_beyond_a_block_ahead_is_found)
+{
+    for (simd_level const l_level : levels_here()) {
+        internal::simd_level_cap(l_level);
+        for (uint64 const l_block : {64, 256, 1024}) {
+            std::string l_data(20000, '\x55');
+            l_data.replace(100, 3, std::string("\0\0\1", 3));
+            l_data.replace(15000, 3, std::string("\0\0\1", 3));
+            stream::mem l_stream(&l_data[0], l_data.size());
+            bitstream::rd l_reader(l_stream, l_block);
+            ASSERT_TRUE(l_reader.find(1, 24, 8, 8));
+            ASSERT_EQ(l_reader.tell(), 103u);
+            uint64 const l_late = l_stream.tell() + l_block + 8;
+            l_data.replace(l_late, 3, std::string("\0\0\1", 3));
+            ASSERT_TRUE(l_reader.find(1, 24, 8, 8));
+            EXPECT_EQ(l_reader.tell(), l_late + 3)
+                << "block " << l_block << ", level " << static_cast<unsigned>(l_level);
+        }
+    }
+}
+
 // A new source or a new block: what was kept for the old one goes.
 TEST_F(scan_find, kept_matches_go_with_clear_and_set)
 {
