@@ -119,11 +119,14 @@ void ordwel_bit_write(benchmark::State &a_state)
 }
 BENCHMARK(ordwel_bit_write);
 
+// The reader's block is a_state.range(0) bytes: 4 KiB, and 64 KiB as the toolbox's startcodes
+// command reads. A search over memory looks no further ahead than one block.
 void ordwel_find_start_codes(benchmark::State &a_state)
 {
+    auto const l_block = static_cast<ordwel::uint64>(a_state.range(0));
     for (auto _ : a_state) {
         ordwel::stream::mem l_stream(const_cast<unsigned char *>(data().data()), k_size);
-        ordwel::bitstream::rd l_reader(l_stream, 4096);
+        ordwel::bitstream::rd l_reader(l_stream, l_block);
         std::size_t l_found = 0;
         while (l_reader.find(1, 24, 8, 8)) {
             ++l_found;
@@ -132,7 +135,7 @@ void ordwel_find_start_codes(benchmark::State &a_state)
     }
     set_bytes(a_state);
 }
-BENCHMARK(ordwel_find_start_codes);
+BENCHMARK(ordwel_find_start_codes)->Arg(4096)->Arg(65536);
 
 // The search as a processor without vector kernels runs it.
 void ordwel_find_start_codes_scalar(benchmark::State &a_state)
@@ -141,7 +144,7 @@ void ordwel_find_start_codes_scalar(benchmark::State &a_state)
     ordwel_find_start_codes(a_state);
     ordwel::internal::simd_level_cap(ordwel::internal::simd_level::avx512);
 }
-BENCHMARK(ordwel_find_start_codes_scalar);
+BENCHMARK(ordwel_find_start_codes_scalar)->Arg(4096);
 
 // memchr for a byte that the data does not hold: one pass over the 1 MiB.
 void memchr_scan(benchmark::State &a_state)

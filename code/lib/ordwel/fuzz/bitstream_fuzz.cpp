@@ -2,7 +2,8 @@
 // The bit cursors on arbitrary data and arbitrary programs: no crash and no sanitizer report, and
 // every result agrees with a plain model of the bits. The first byte gives the length of the
 // program, the second the source's piece size and the block size; the rest is the data. The
-// reader follows the program (fields, peeks, skips, byte reads, searches at every bit position);
+// reader follows the program (fields, peeks, skips, byte reads, searches at every bit position and
+// for start codes at byte positions), from a source that hands out pieces or from a memory stream;
 // the writer writes the fields that the reader read, and gives the same bytes as the model.
 
 #include <algorithm>
@@ -91,8 +92,13 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_
     std::size_t const l_size = a_size - 2 - l_length;
     model const l_model{l_bytes, 8 * l_size};
 
+    // The largest piece size stands for a memory stream, which the reader's search scans in place.
     source l_source(l_bytes, l_size, l_piece);
-    ordwel::bitstream::rd l_reader(l_source, l_block);
+    ordwel::stream::mem l_memory(const_cast<std::uint8_t *>(l_bytes), l_size);
+    bool const l_in_memory = l_piece == 16;
+    ordwel::bitstream::rd l_reader(l_in_memory ? static_cast<ordwel::stream::rd &>(l_memory)
+                                               : static_cast<ordwel::stream::rd &>(l_source),
+                                   l_block);
     sink l_sink;
     std::vector<bool> l_written;
     {
@@ -146,6 +152,23 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const *a_data, std::size_t a_
                 break;
             }
             default: {
+                if (l_arg >= 48) {
+                    // A start code at byte positions from the next byte boundary, or everything
+                    // consumed.
+                    std::size_t l_match = (l_at + 7) / 8 * 8;
+                    while (l_match + 24 <= l_model.bits && l_model.field(l_match, 24) != 1) {
+                        l_match += 8;
+                    }
+                    bool const l_found = l_reader.find(1, 24, 8, 8);
+                    check(l_found == (l_match + 24 <= l_model.bits));
+                    std::size_t const l_behind = l_found ? l_match + 24 : l_model.bits;
+                    for (std::size_t l_bit = l_at; l_bit < l_behind; ++l_bit) {
+                        l_writer.write(l_model.field(l_bit, 1), 1);
+                        append(l_written, l_model.field(l_bit, 1), 1);
+                    }
+                    l_at = l_behind;
+                    break;
+                }
                 // Every position: the first match from the cursor, or everything consumed.
                 unsigned const l_bits = 1 + l_arg % 16;
                 ordwel::uint32 const l_value = l_program[(l_index + 1) % l_length] | (l_arg << 8);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The byte scans at every vector level the processor has, side by side with the scalar level, on
 // arbitrary data; and the bit reader's search at byte positions over a memory stream (scanned in
-// place) beside the same search through a source that hands out a few bytes at a time. The first
+// place) beside the same search through a source that hands out a few bytes at a time, both
+// readers moving alike between some searches. The first
 // byte picks the sizes, the next three are the run searched for, then up to 16 bytes of a set; the
 // rest is the data, copied to an allocation of its own size so that a read beyond it shows.
 
@@ -68,6 +69,18 @@ void scans_agree(std::vector<unsigned char> const &a_data, unsigned char const *
         check(internal::k_set_find.for_level(l_at)(a_data.data(), a_data.size(), a_set) == l_first);
         check(positions(l_at, a_data, a_triple) == positions(simd_level::scalar, a_data, a_triple));
     }
+    // The collecting search, with a room and a reach taken from the data's size.
+    std::size_t const l_room = 1 + a_data.size() % 17;
+    std::size_t const l_reach = a_data.size() % 3 == 0 ? a_data.size() : a_data.size() / 3;
+    std::vector<uint64> l_scalar(l_room);
+    l_scalar.resize(internal::k_triple_collect.for_level(simd_level::scalar)(
+        a_data.data(), a_data.size(), a_triple[0], a_triple[1], a_triple[2], l_scalar.data(), l_room, l_reach));
+    for (unsigned l_level = 1; l_level <= static_cast<unsigned>(l_top); ++l_level) {
+        std::vector<uint64> l_starts(l_room);
+        l_starts.resize(internal::k_triple_collect.for_level(static_cast<simd_level>(l_level))(
+            a_data.data(), a_data.size(), a_triple[0], a_triple[1], a_triple[2], l_starts.data(), l_room, l_reach));
+        check(l_starts == l_scalar);
+    }
 }
 
 void searches_agree(std::vector<unsigned char> &a_data, unsigned char const *a_triple, std::size_t a_block,
@@ -78,7 +91,26 @@ void searches_agree(std::vector<unsigned char> &a_data, unsigned char const *a_t
     trickle l_trickle(a_data, a_piece);
     bitstream::rd l_in_place(l_memory, a_block);
     bitstream::rd l_through(l_trickle, a_block);
-    for (;;) {
+    // Between some searches both readers move alike: the matches that the search in place keeps
+    // must give way. (A bulk read would not do: it makes one read of the source, which gives the
+    // trickle's few bytes.)
+    auto const l_move = [](bitstream::rd const &a_reader, std::size_t a_count) {
+        switch (a_count % 5) {
+        case 1:
+            a_reader.read(7);
+            break;
+        case 2:
+            a_reader.skip(8 * (a_count * 37 % 300));
+            break;
+        case 3:
+            a_reader.read(32);
+            a_reader.read(32);
+            break;
+        default:
+            break;
+        }
+    };
+    for (std::size_t l_count = 0;; ++l_count) {
         bool const l_found = l_in_place.find(l_value, a_bits, 8, 8);
         check(l_through.find(l_value, a_bits, 8, 8) == l_found);
         check(l_in_place.tell() == l_through.tell());
@@ -86,6 +118,8 @@ void searches_agree(std::vector<unsigned char> &a_data, unsigned char const *a_t
         if (!l_found) {
             break;
         }
+        l_move(l_in_place, l_count);
+        l_move(l_through, l_count);
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "core/byte_scan.h"
 
+#include <cstdint>
 #include <cstring>
 
 #include <ordwel/internal/attributes.h>
@@ -34,6 +35,27 @@ std::size_t triple_find_scalar(unsigned char const *a_data, std::size_t a_size, 
         l_from = l_hit + 1;
     }
     return a_size;
+}
+
+// Collecting through a search kernel, one call for each run.
+template <triple_find t_find>
+std::size_t triple_collect_by(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                              unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
+                              std::size_t a_reach)
+{
+    // A run that starts below the reach may end past it.
+    std::size_t const l_end = a_size >= 2 && a_reach < a_size - 2 ? a_reach + 2 : a_size;
+    std::size_t l_count = 0;
+    std::size_t l_at = 0;
+    while (l_count < a_room && l_at < l_end) {
+        std::size_t const l_hit = l_at + t_find(a_data + l_at, l_end - l_at, a_first, a_second, a_third);
+        if (l_hit >= l_end) {
+            break;
+        }
+        a_out[l_count++] = l_hit;
+        l_at = l_hit + 1;
+    }
+    return l_count;
 }
 
 std::size_t set_find_scalar(unsigned char const *a_data, std::size_t a_size, byte_set const &a_set)
@@ -342,6 +364,177 @@ std::size_t triple_find_avx512(unsigned char const *a_data, std::size_t a_size, 
     return a_size;
 }
 
+// The starts that a collecting kernel keeps, up to the room.
+struct run_starts {
+    uint64 *m_out;
+    std::size_t m_room;
+    std::size_t m_count;
+
+    // Keeps the starts a_base + i for the bits i of a_hits, lowest first; false once the room is
+    // full. The first goes in without a branch on whether there is one (a mask of a few blocks
+    // that hold one run between them would mispredict it): it is written to the next free slot
+    // and counted only where the mask has it.
+    ORDWEL_TARGET("bmi")
+    ORDWEL_ALWAYS_INLINE bool keep(uint64 a_hits, std::size_t a_base)
+    {
+        if (m_count < m_room) {
+            m_out[m_count] = a_base + _tzcnt_u64(a_hits);
+            m_count += static_cast<std::size_t>(a_hits != 0);
+            a_hits = _blsr_u64(a_hits);
+        }
+        for (; a_hits != 0; a_hits &= a_hits - 1) {
+            if (m_count == m_room) {
+                return false;
+            }
+            m_out[m_count++] = a_base + lowest_bit(a_hits);
+        }
+        return m_count < m_room;
+    }
+};
+
+// 256 positions a step, from one load a 64 bytes and a filter on its 16-bit words: at an even
+// offset from the load a run has its first and second byte in one word, at an odd offset its second
+// and third. Any run makes a word equal to one of these two (little-endian) values; the filter keeps
+// the bits where the two agree, so one test finds the words that may be either. For start codes
+// (0x0000 and 0x0100) only one bit differs, and the filter lets through 2 words in 65536 of other
+// data. The steps of a stretch are filtered without a branch (those that pass are noted), and only
+// the noted ones go to the exact masks: a run costs no mispredicted exit from the loop.
+constexpr std::size_t k_collect_steps = 16;
+
+// The runs that start at the a_valid ones of the 64 positions from a_at: all three bytes compared.
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE uint64 triple_mask_avx512(unsigned char const *a_at, __mmask64 a_valid, __m512i a_first,
+                                               __m512i a_second, __m512i a_third)
+{
+    return _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(a_valid, a_at), a_first) &
+           _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(a_valid, a_at + 1), a_second) &
+           _mm512_cmpeq_epi8_mask(_mm512_maskz_loadu_epi8(a_valid, a_at + 2), a_third) & a_valid;
+}
+
+// The 32 words at a_at through the filter: zero where a word may hold a run. Where the two values
+// agree on zeros (start codes) the filter is a mask alone, which takes the load into the AND.
+template <bool t_plain>
+ORDWEL_TARGET("avx512f,avx512bw")
+ORDWEL_ALWAYS_INLINE __m512i filtered_words_avx512(unsigned char const *a_at, __m512i a_value, __m512i a_mask)
+{
+    if (t_plain) {
+        return _mm512_and_si512(_mm512_loadu_si512(a_at), a_mask);
+    }
+    // (A ^ B) & C.
+    return _mm512_ternarylogic_epi32(_mm512_loadu_si512(a_at), a_value, a_mask, 0x28);
+}
+
+template <bool t_plain>
+ORDWEL_TARGET("avx512f,avx512bw,bmi")
+std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                                     unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
+                                     std::size_t a_reach, unsigned a_odd, unsigned a_agree)
+{
+    unsigned const l_odd = a_odd;
+    unsigned const l_agree = a_agree;
+    run_starts l_starts{a_out, a_room, 0};
+    __m512i const l_first = _mm512_set1_epi8(static_cast<char>(a_first));
+    __m512i const l_second = _mm512_set1_epi8(static_cast<char>(a_second));
+    __m512i const l_third = _mm512_set1_epi8(static_cast<char>(a_third));
+    __m512i const l_mask = _mm512_set1_epi16(static_cast<short>(l_agree));
+    __m512i const l_value = _mm512_set1_epi16(static_cast<short>(l_odd & l_agree));
+    // The starts looked at, which read up to 2 bytes behind them.
+    std::size_t const l_positions = a_reach < a_size - 2 ? a_reach : a_size - 2;
+    std::size_t l_index = 0;
+    // The positions before the first whose word (one byte in) stands on a multiple of 64 in
+    // memory, under a mask: then the steps load whole cache lines.
+    std::size_t const l_head = (64 - ((reinterpret_cast<std::uintptr_t>(a_data) + 1) & 63)) & 63;
+    if (l_head != 0 && l_head + 256 <= l_positions) {
+        if (!l_starts.keep(triple_mask_avx512(a_data, (uint64(1) << l_head) - 1, l_first, l_second, l_third), 0)) {
+            return l_starts.m_count;
+        }
+        l_index = l_head;
+    }
+    while (l_index + 256 <= l_positions) {
+        // A stretch of steps; the words of a step start one byte in, so that its 256 positions have
+        // their word among its 256 bytes.
+        std::size_t l_noted[k_collect_steps];
+        uint32 l_lanes[k_collect_steps];
+        std::size_t l_count = 0;
+        for (std::size_t l_step = 0; l_step < k_collect_steps && l_index + 256 <= l_positions; ++l_step) {
+            unsigned char const *const l_at = a_data + l_index + 1;
+            // (A ^ B) & C: zero where a word may hold a run.
+            __m512i const l_words0 = filtered_words_avx512<t_plain>(l_at, l_value, l_mask);
+            __m512i const l_words1 = filtered_words_avx512<t_plain>(l_at + 64, l_value, l_mask);
+            __m512i const l_words2 = filtered_words_avx512<t_plain>(l_at + 128, l_value, l_mask);
+            __m512i const l_words3 = filtered_words_avx512<t_plain>(l_at + 192, l_value, l_mask);
+            __m512i const l_least =
+                _mm512_min_epu16(_mm512_min_epu16(l_words0, l_words1), _mm512_min_epu16(l_words2, l_words3));
+            uint32 const l_zero = _mm512_testn_epi16_mask(l_least, l_least);
+            l_noted[l_count] = l_index;
+            l_lanes[l_count] = l_zero;
+            l_count += static_cast<std::size_t>(l_zero != 0);
+            l_index += 256;
+        }
+        uint32 const l_triple = a_first | (uint32{a_second} << 8) | (uint32{a_third} << 16);
+        for (std::size_t l_note = 0; l_note < l_count; ++l_note) {
+            std::size_t const l_base = l_noted[l_note];
+            uint32 const l_lane = l_lanes[l_note];
+            if ((l_lane & (l_lane - 1)) == 0 && l_starts.m_count + 8 <= l_starts.m_room) {
+                // One word lane passed (one run, as a rule): its word in one of the four blocks.
+                // Each of the four words at j holds a run that starts at j - 1 or at j, tested on
+                // the 4 bytes from j - 1 (little-endian) without a branch.
+                std::size_t const l_word_at = l_base + 1 + 2 * _tzcnt_u32(l_lane);
+                for (std::size_t l_block = 0; l_block < 256; l_block += 64) {
+                    uint32 l_four;
+                    std::memcpy(&l_four, a_data + l_word_at + l_block - 1, 4);
+                    l_starts.m_out[l_starts.m_count] = l_word_at + l_block - 1;
+                    l_starts.m_count += static_cast<std::size_t>((l_four & 0xffffff) == l_triple);
+                    l_starts.m_out[l_starts.m_count] = l_word_at + l_block;
+                    l_starts.m_count += static_cast<std::size_t>((l_four >> 8) == l_triple);
+                }
+                continue;
+            }
+            for (std::size_t l_block = 0; l_block < 256; l_block += 64) {
+                std::size_t const l_at = l_base + l_block;
+                if (!l_starts.keep(triple_mask_avx512(a_data + l_at, ~__mmask64(0), l_first, l_second, l_third),
+                                   l_at)) {
+                    return l_starts.m_count;
+                }
+            }
+        }
+        if (l_starts.m_count == l_starts.m_room) {
+            return l_starts.m_count;
+        }
+    }
+    // The rest, fewer than 256 positions, under a mask where short.
+    for (; l_index < l_positions; l_index += 64) {
+        __mmask64 const l_valid =
+            l_positions - l_index >= 64 ? ~__mmask64(0) : (uint64(1) << (l_positions - l_index)) - 1;
+        if (!l_starts.keep(triple_mask_avx512(a_data + l_index, l_valid, l_first, l_second, l_third), l_index)) {
+            break;
+        }
+    }
+    return l_starts.m_count;
+}
+
+ORDWEL_TARGET("avx512f,avx512bw,bmi")
+std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                                  unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
+                                  std::size_t a_reach)
+{
+    if (a_size < 3 || a_room == 0) {
+        return 0;
+    }
+    unsigned const l_odd = a_first | (unsigned{a_second} << 8);
+    unsigned const l_even = a_second | (unsigned{a_third} << 8);
+    unsigned const l_agree = ~(l_odd ^ l_even) & 0xffff;
+    if (__builtin_popcount(~l_agree & 0xffff) > 2) {
+        // Too weak a filter for these bytes.
+        return triple_collect_by<triple_find_avx512>(a_data, a_size, a_first, a_second, a_third, a_out, a_room,
+                                                     a_reach);
+    }
+    return (l_odd & l_agree) == 0 ? triple_collect_avx512_as<true>(a_data, a_size, a_first, a_second, a_third, a_out,
+                                                                   a_room, a_reach, l_odd, l_agree)
+                                  : triple_collect_avx512_as<false>(a_data, a_size, a_first, a_second, a_third, a_out,
+                                                                    a_room, a_reach, l_odd, l_agree);
+}
+
 // 16 bytes in each 128-bit lane. (Built from four words: GCC 12 warns inside its own
 // _mm512_broadcast_i32x4.)
 ORDWEL_TARGET("avx512f,avx512bw")
@@ -419,11 +612,15 @@ void byte_positions_avx512(unsigned char const *a_data, std::size_t a_size, unsi
 
 #if defined(ORDWEL_X86_KERNELS)
 dispatch<triple_find> const k_triple_find(triple_find_scalar, triple_find_sse41, triple_find_avx2, triple_find_avx512);
+dispatch<triple_collect> const k_triple_collect(triple_collect_by<triple_find_scalar>,
+                                                triple_collect_by<triple_find_sse41>,
+                                                triple_collect_by<triple_find_avx2>, triple_collect_avx512);
 dispatch<set_find> const k_set_find(set_find_scalar, set_find_sse41, set_find_avx2, set_find_avx512);
 dispatch<byte_positions> const k_byte_positions(byte_positions_scalar, nullptr, byte_positions_avx2,
                                                 byte_positions_avx512);
 #else
 dispatch<triple_find> const k_triple_find(triple_find_scalar);
+dispatch<triple_collect> const k_triple_collect(triple_collect_by<triple_find_scalar>);
 dispatch<set_find> const k_set_find(set_find_scalar);
 dispatch<byte_positions> const k_byte_positions(byte_positions_scalar);
 #endif

@@ -21,6 +21,14 @@ using triple_find = std::size_t (*)(unsigned char const *a_data, std::size_t a_s
                                     unsigned char a_second, unsigned char a_third);
 extern dispatch<triple_find> const k_triple_find;
 
+// The starts of the same runs below a_reach, in order, into a_out, at most a_room of them: gives
+// their count (the slots of a_out behind them may be written too). One call finds the runs that
+// lie close together, such as the start codes of the next few units, without stopping at each.
+using triple_collect = std::size_t (*)(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
+                                       unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
+                                       std::size_t a_reach);
+extern dispatch<triple_collect> const k_triple_collect;
+
 // A set of bytes as two tables indexed by a byte's low nibble: bit h of m_low[l] stands for the
 // byte 0xhl (h 0 to 7), bit h - 8 of m_high[l] for 0xhl with h 8 to 15. Any number of bytes.
 struct byte_set {

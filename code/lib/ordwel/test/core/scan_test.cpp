@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include <algorithm>
+#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
@@ -66,6 +68,94 @@ TEST(scan, triple_agrees_with_a_loop_over_random_data)
             ASSERT_EQ(l_find(l_data.data(), l_data.size(), l_triple[0], l_triple[1], l_triple[2]),
                       triple_by_loop(l_data, l_triple))
                 << "level " << static_cast<unsigned>(l_level);
+        }
+    }
+}
+
+// The starts of a_triple below a_reach in a_data, at most a_room of them.
+std::vector<uint64> triples_by_loop(std::vector<unsigned char> const &a_data, unsigned char const (&a_triple)[3],
+                                    std::size_t a_room, std::size_t a_reach)
+{
+    std::vector<uint64> l_starts;
+    for (std::size_t l_at = 0; l_at + 3 <= a_data.size() && l_at < a_reach && l_starts.size() < a_room; ++l_at) {
+        if (a_data[l_at] == a_triple[0] && a_data[l_at + 1] == a_triple[1] && a_data[l_at + 2] == a_triple[2]) {
+            l_starts.push_back(l_at);
+        }
+    }
+    return l_starts;
+}
+
+// The collecting search on data that is mostly one filler byte with runs planted: start codes
+// (whose word filter also lets 00 01 at even offsets through: planted as decoys), a run that
+// overlaps itself (00 00 00 00 holds two of 00 00 00) and a run whose two words differ in many
+// bits (taken by the plain search). Long data crosses stretches of the vector kernel; each
+// length is an allocation of its own, and a copy at every offset modulo 64 moves the steps
+// against the cache lines.
+TEST(scan, triple_collect_agrees_with_a_loop)
+{
+    struct run {
+        unsigned char m_triple[3];
+        unsigned char m_filler;
+    };
+    run const l_runs[] = {{{0, 0, 1}, 0x80}, {{0, 0, 0}, 0x11}, {{0x12, 0xed, 0x7c}, 0x12}, {{0xfe, 0xfe, 0xff}, 0xfe}};
+    std::size_t const l_rooms[] = {1, 2, 3, 16};
+    std::size_t const l_reaches[] = {0, 1, 5, 64, 255, 256, 700, 4096, ~std::size_t(0)};
+    std::mt19937 l_random(31);
+    for (run const &l_run : l_runs) {
+        for (std::size_t const l_size : {0, 1, 2, 3, 4, 63, 64, 65, 257, 258, 259, 600, 4400, 9000}) {
+            for (std::size_t const l_spacing : {40, 400}) {
+                std::vector<unsigned char> l_data(l_size, l_run.m_filler);
+                for (std::size_t l_plant = 0; l_plant < l_size / l_spacing + 1 && l_size >= 3; ++l_plant) {
+                    std::size_t const l_at = l_random() % (l_size - 2);
+                    switch (l_random() % 4) {
+                    case 0:
+                        std::copy(l_run.m_triple, l_run.m_triple + 3,
+                                  l_data.begin() + static_cast<std::ptrdiff_t>(l_at));
+                        break;
+                    case 1:
+                        // Half a run: its second and third byte, or its first and second.
+                        l_data[l_at] = l_run.m_triple[l_random() % 2];
+                        l_data[l_at + 1] = l_run.m_triple[l_random() % 2 + 1];
+                        break;
+                    case 2:
+                        l_data[l_at] = 0;
+                        l_data[l_at + 1] = 1;
+                        break;
+                    default:
+                        l_data[l_at] = static_cast<unsigned char>(l_random());
+                    }
+                }
+                if (l_size >= 3) {
+                    std::copy(l_run.m_triple, l_run.m_triple + 3, l_data.end() - 3);
+                }
+                std::vector<unsigned char> l_shifted(l_size + 128);
+                for (simd_level const l_level : levels_here()) {
+                    internal::triple_collect const l_collect = internal::k_triple_collect.for_level(l_level);
+                    for (std::size_t const l_room : l_rooms) {
+                        for (std::size_t const l_reach : l_reaches) {
+                            std::vector<uint64> const l_expected =
+                                triples_by_loop(l_data, l_run.m_triple, l_room, l_reach);
+                            std::size_t const l_offset = l_random() % 64;
+                            unsigned char *const l_copy =
+                                l_shifted.data() + (64 - reinterpret_cast<std::uintptr_t>(l_shifted.data()) % 64) +
+                                l_offset;
+                            std::copy(l_data.begin(), l_data.end(), l_copy);
+                            for (unsigned char const *const l_from : {static_cast<unsigned char const *>(l_data.data()),
+                                                                      static_cast<unsigned char const *>(l_copy)}) {
+                                std::vector<uint64> l_out(l_room, 0);
+                                std::size_t const l_count =
+                                    l_collect(l_from, l_size, l_run.m_triple[0], l_run.m_triple[1], l_run.m_triple[2],
+                                              l_out.data(), l_room, l_reach);
+                                ASSERT_LE(l_count, l_room);
+                                l_out.resize(l_count);
+                                ASSERT_EQ(l_out, l_expected)
+                                    << "level " << static_cast<unsigned>(l_level) << ", size " << l_size << ", room "
+                                    << l_room << ", reach " << l_reach << ", offset " << l_offset;
+                            }
+                        }
+                    }
+                }
+            }
         }
     }
 }

@@ -264,6 +264,244 @@ TEST_F(scan_find, a_stream_moved_under_the_reader_goes_on_where_it_stands)
     }
 }
 
+// Start codes at gaps of 5 to 400 bytes over 40 KB (several stretches of the scan, a few codes
+// within the 64 bytes that the block takes from a match), the rest random bytes without 00 00.
+std::string spaced_codes()
+{
+    std::mt19937 l_random(77);
+    std::string l_data(40000, '\0');
+    for (char &l_byte : l_data) {
+        l_byte = static_cast<char>(1 + l_random() % 255);
+    }
+    for (std::size_t l_at = 3; l_at + 3 < l_data.size();
+         l_at += l_random() % 4 == 0 ? 5 + l_random() % 20 : 60 + l_random() % 340) {
+        l_data[l_at] = '\0';
+        l_data[l_at + 1] = '\0';
+        l_data[l_at + 2] = '\1';
+    }
+    return l_data;
+}
+
+// What the reader does between two searches, done the same on both readers.
+struct reader_move {
+    char const *m_name;
+    void (*m_do)(bitstream::rd const &);
+};
+
+reader_move const k_reader_moves[] = {
+    {"nothing", [](bitstream::rd const &) {}},
+    {"a field", [](bitstream::rd const &a_reader) { a_reader.read(5); }},
+    {"fields past the bytes taken",
+     [](bitstream::rd const &a_reader) {
+         for (int l_index = 0; l_index < 20; ++l_index) {
+             a_reader.read(32);
+         }
+     }},
+    {"a peek", [](bitstream::rd const &a_reader) { EXPECT_LE(a_reader.peek(20), 0xfffffu); }},
+    {"has_bits", [](bitstream::rd const &a_reader) { EXPECT_TRUE(a_reader.has_bits(24)); }},
+    {"a skip within the block", [](bitstream::rd const &a_reader) { a_reader.skip(40); }},
+    {"a skip through the source", [](bitstream::rd const &a_reader) { a_reader.skip(8 * 5000 + 3); }},
+    {"bytes from the block",
+     [](bitstream::rd const &a_reader) {
+         unsigned char l_bytes[3];
+         a_reader.read(l_bytes, 3, 8);
+     }},
+    {"bytes through the source",
+     [](bitstream::rd const &a_reader) {
+         unsigned char l_bytes[200];
+         a_reader.read(l_bytes, 200, 8);
+     }},
+    {"an alignment",
+     [](bitstream::rd const &a_reader) {
+         a_reader.read(3);
+         a_reader.align(32);
+     }},
+};
+
+// The matches that a search over memory keeps for the next ones give way to every move of the
+// reader: each search after it finds what a search through the block finds.
+TEST_F(scan_find, kept_matches_give_way_to_every_move_of_the_reader)
+{
+    std::string const l_data = spaced_codes();
+    for (simd_level const l_level : levels_here()) {
+        internal::simd_level_cap(l_level);
+        for (source_kind const &l_kind : k_sources) {
+            if (l_kind.m_memory != 1 && l_kind.m_memory != 2) {
+                continue;
+            }
+            for (uint64 const l_block : {64, 4096}) {
+                for (reader_move const &l_move : k_reader_moves) {
+                    opened l_source;
+                    open(l_kind, l_data, l_source);
+                    counting_mem l_derived(const_cast<char *>(l_data.data()), l_data.size());
+                    bitstream::rd l_in_place(*l_source.m_stream, l_block);
+                    bitstream::rd l_through(l_derived, l_block);
+                    int l_found = 0;
+                    for (;;) {
+                        bool const l_match = l_in_place.find(1, 24, 8, 8);
+                        ASSERT_EQ(l_through.find(1, 24, 8, 8), l_match) << l_move.m_name << ", " << l_kind.m_name;
+                        ASSERT_EQ(l_in_place.tell(), l_through.tell())
+                            << l_move.m_name << ", " << l_kind.m_name << ", block " << l_block << ", level "
+                            << static_cast<unsigned>(l_level) << ", match " << l_found;
+                        ASSERT_EQ(l_in_place.peek(24), l_through.peek(24)) << l_move.m_name;
+                        if (!l_match) {
+                            break;
+                        }
+                        ++l_found;
+                        // Every third search follows the move, so that kept matches are also
+                        // taken one after another.
+                        if (l_found % 3 == 0) {
+                            l_move.m_do(l_in_place);
+                            l_move.m_do(l_through);
+                        }
+                    }
+                    EXPECT_GT(l_found, 20) << l_move.m_name;
+                }
+            }
+        }
+    }
+}
+
+// The reader's data: the bytes left in its block (those before the stream's position when it
+// moved), then the memory from the stream's position on. What happens to the stream between two
+// searches, given the memory and the position it stood at; it may write the memory, and gives the
+// new position.
+struct stream_move {
+    char const *m_name;
+    uint64 (*m_do)(stream::rwa &a_stream, uint64 a_at, uint64 a_next_match);
+};
+
+stream_move const k_stream_moves[] = {
+    {"a seek to where it stands", [](stream::rwa &a_stream, uint64 a_at,
+                                     uint64) { return a_stream.seek(static_cast<sint64>(a_at), stream::begin); }},
+    {"a seek back", [](stream::rwa &a_stream, uint64 a_at,
+                       uint64) { return a_stream.seek(static_cast<sint64>(a_at) - 10, stream::begin); }},
+    {"a seek on by a byte", [](stream::rwa &a_stream, uint64 a_at,
+                               uint64) { return a_stream.seek(static_cast<sint64>(a_at) + 1, stream::begin); }},
+    {"a seek far on", [](stream::rwa &a_stream, uint64 a_at,
+                         uint64) { return a_stream.seek(static_cast<sint64>(a_at) + 2000, stream::begin); }},
+    {"a seek to the end", [](stream::rwa &a_stream, uint64, uint64) { return a_stream.seek(0, stream::end); }},
+    {"a write of a start code",
+     [](stream::rwa &a_stream, uint64, uint64) {
+         a_stream.write("\0\0\1", 3);
+         return a_stream.tell();
+     }},
+    {"the next match written over, the stream back where it stood",
+     [](stream::rwa &a_stream, uint64 a_at, uint64 a_next_match) {
+         a_stream.seek(static_cast<sint64>(a_next_match), stream::begin);
+         a_stream.write("\xff\xff\xff", 3);
+         return a_stream.seek(static_cast<sint64>(a_at), stream::begin);
+     }},
+};
+
+TEST_F(scan_find, kept_matches_give_way_to_every_move_of_the_stream)
+{
+    std::string const l_original = spaced_codes();
+    pattern const l_pattern{1, 24};
+    for (simd_level const l_level : levels_here()) {
+        internal::simd_level_cap(l_level);
+        for (stream_move const &l_move : k_stream_moves) {
+            for (int const l_kind : {1, 2}) {
+                std::string l_data = l_original;
+                buffer l_buffer;
+                std::unique_ptr<stream::rwa> l_stream;
+                if (l_kind == 1) {
+                    l_stream.reset(new stream::mem(&l_data[0], l_data.size()));
+                } else {
+                    l_buffer.resize(l_data.size());
+                    std::copy(l_data.begin(), l_data.end(), l_buffer.begin());
+                    l_stream.reset(new stream::buf(l_buffer));
+                }
+                bitstream::rd l_reader(*l_stream, 4096);
+                for (int l_index = 0; l_index < 7; ++l_index) {
+                    ASSERT_TRUE(l_reader.find(1, 24, 8, 8));
+                }
+                uint64 const l_cursor = l_reader.tell();
+                uint64 const l_at = l_stream->tell();
+                std::vector<uint64> const l_ahead = matches_by_brute_force(l_original, l_pattern, l_at);
+                ASSERT_FALSE(l_ahead.empty());
+                uint64 const l_to = l_move.m_do(*l_stream, l_at, l_ahead[0] - 3);
+                std::string const l_now =
+                    l_kind == 1 ? l_data
+                                : std::string(reinterpret_cast<char const *>(l_buffer.begin()), l_buffer.size());
+                std::string const l_view = l_original.substr(l_cursor, l_at - l_cursor) + l_now.substr(l_to);
+                // A match l_end bytes into the view leaves the cursor there: tell() counts from the
+                // stream's position back over the bytes left in the block.
+                std::vector<uint64> l_ends;
+                while (l_reader.find(1, 24, 8, 8)) {
+                    l_ends.push_back(l_reader.tell() + (l_at - l_cursor) - l_to);
+                }
+                SCOPED_TRACE(testing::Message() << l_move.m_name << ", " << (l_kind == 1 ? "mem" : "buf") << ", level "
+                                                << static_cast<unsigned>(l_level));
+                EXPECT_EQ(l_ends, matches_by_brute_force(l_view, l_pattern, 0));
+                EXPECT_EQ(l_reader.tell(), l_now.size());
+            }
+        }
+    }
+}
+
+// A search looks no further ahead than a reader that copies its source block by block: a start
+// code written into the memory more than a block beyond the stream's position, the stream left
+// where it stood, is found by the next search.
+TEST_F(scan_find, a_start_code_written_beyond_a_block_ahead_is_found)
+{
+    for (simd_level const l_level : levels_here()) {
+        internal::simd_level_cap(l_level);
+        for (uint64 const l_block : {64, 256, 1024}) {
+            std::string l_data(20000, '\x55');
+            l_data.replace(100, 3, std::string("\0\0\1", 3));
+            l_data.replace(15000, 3, std::string("\0\0\1", 3));
+            stream::mem l_stream(&l_data[0], l_data.size());
+            bitstream::rd l_reader(l_stream, l_block);
+            ASSERT_TRUE(l_reader.find(1, 24, 8, 8));
+            ASSERT_EQ(l_reader.tell(), 103u);
+            uint64 const l_late = l_stream.tell() + l_block + 8;
+            l_data.replace(l_late, 3, std::string("\0\0\1", 3));
+            ASSERT_TRUE(l_reader.find(1, 24, 8, 8));
+            EXPECT_EQ(l_reader.tell(), l_late + 3)
+                << "block " << l_block << ", level " << static_cast<unsigned>(l_level);
+        }
+    }
+}
+
+// A new source or a new block: what was kept for the old one goes.
+TEST_F(scan_find, kept_matches_go_with_clear_and_set)
+{
+    std::string const l_first = spaced_codes();
+    std::string const l_second = planted_data();
+    pattern const l_pattern{1, 24};
+    for (simd_level const l_level : levels_here()) {
+        internal::simd_level_cap(l_level);
+        for (bool const l_set : {false, true}) {
+            for (bool const l_same : {false, true}) {
+                stream::mem l_one(const_cast<char *>(l_first.data()), l_first.size());
+                stream::mem l_other(const_cast<char *>(l_second.data()), l_second.size());
+                bitstream::rd l_reader(l_one, 4096);
+                for (int l_index = 0; l_index < 5; ++l_index) {
+                    ASSERT_TRUE(l_reader.find(1, 24, 8, 8));
+                }
+                // The same stream again, moved to a start code's second byte; or another one.
+                stream::mem &l_next = l_same ? l_one : l_other;
+                std::string const &l_bytes = l_same ? l_first : l_second;
+                uint64 const l_from = l_same ? l_one.tell() + 1 : 0;
+                l_next.seek(static_cast<sint64>(l_from), stream::begin);
+                if (l_set) {
+                    l_reader.set(l_next, 4096);
+                } else {
+                    l_reader.clear(l_next);
+                }
+                std::vector<uint64> l_ends;
+                while (l_reader.find(1, 24, 8, 8)) {
+                    l_ends.push_back(l_reader.tell());
+                }
+                EXPECT_EQ(l_ends, matches_by_brute_force(l_bytes, l_pattern, l_from))
+                    << (l_set ? "set" : "clear") << (l_same ? ", same stream" : ", other stream") << ", level "
+                    << static_cast<unsigned>(l_level);
+            }
+        }
+    }
+}
+
 // Sources of the caller's own see the reads they saw before the memory streams were scanned in
 // place: a memory stream of a derived class is read as a scripted one is.
 TEST_F(scan_find, other_sources_are_read_as_before)
