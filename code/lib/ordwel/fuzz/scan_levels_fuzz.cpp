@@ -75,9 +75,9 @@ void scans_agree(std::vector<unsigned char> const &a_data, unsigned char const *
     std::vector<uint64> l_scalar(l_room);
     l_scalar.resize(internal::k_triple_collect.for_level(simd_level::scalar)(
         a_data.data(), a_data.size(), a_triple[0], a_triple[1], a_triple[2], l_scalar.data(), l_room, l_reach));
-    for (unsigned l_level = 1; l_level <= static_cast<unsigned>(l_top); ++l_level) {
+    for (simd_level const l_level : s_vector_levels) {
         std::vector<uint64> l_starts(l_room);
-        l_starts.resize(internal::k_triple_collect.for_level(static_cast<simd_level>(l_level))(
+        l_starts.resize(internal::k_triple_collect.for_level(l_level)(
             a_data.data(), a_data.size(), a_triple[0], a_triple[1], a_triple[2], l_starts.data(), l_room, l_reach));
         check(l_starts == l_scalar);
     }

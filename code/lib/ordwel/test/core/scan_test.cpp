@@ -129,7 +129,7 @@ TEST(scan, triple_collect_agrees_with_a_loop)
                     std::copy(l_run.m_triple, l_run.m_triple + 3, l_data.end() - 3);
                 }
                 std::vector<unsigned char> l_shifted(l_size + 128);
-                for (simd_level const l_level : levels_here()) {
+                for (simd_level const l_level : ordwel_test::simd_levels_here()) {
                     internal::triple_collect const l_collect = internal::k_triple_collect.for_level(l_level);
                     for (std::size_t const l_room : l_rooms) {
                         for (std::size_t const l_reach : l_reaches) {

@@ -323,7 +323,7 @@ reader_move const k_reader_moves[] = {
 TEST_F(scan_find, kept_matches_give_way_to_every_move_of_the_reader)
 {
     std::string const l_data = spaced_codes();
-    for (simd_level const l_level : levels_here()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here()) {
         internal::simd_level_cap(l_level);
         for (source_kind const &l_kind : k_sources) {
             if (l_kind.m_memory != 1 && l_kind.m_memory != 2) {
@@ -398,7 +398,7 @@ TEST_F(scan_find, kept_matches_give_way_to_every_move_of_the_stream)
 {
     std::string const l_original = spaced_codes();
     pattern const l_pattern{1, 24};
-    for (simd_level const l_level : levels_here()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here()) {
         internal::simd_level_cap(l_level);
         for (stream_move const &l_move : k_stream_moves) {
             for (int const l_kind : {1, 2}) {
@@ -445,7 +445,7 @@ TEST_F(scan_find, kept_matches_give_way_to_every_move_of_the_stream)
 // where it stood, is found by the next search.
 TEST_F(scan_find, a_start_code_written_beyond_a_block_ahead_is_found)
 {
-    for (simd_level const l_level : levels_here()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here()) {
         internal::simd_level_cap(l_level);
         for (uint64 const l_block : {64, 256, 1024}) {
             std::string l_data(20000, '\x55');
@@ -470,7 +470,7 @@ TEST_F(scan_find, kept_matches_go_with_clear_and_set)
     std::string const l_first = spaced_codes();
     std::string const l_second = planted_data();
     pattern const l_pattern{1, 24};
-    for (simd_level const l_level : levels_here()) {
+    for (simd_level const l_level : ordwel_test::simd_levels_here()) {
         internal::simd_level_cap(l_level);
         for (bool const l_set : {false, true}) {
             for (bool const l_same : {false, true}) {
