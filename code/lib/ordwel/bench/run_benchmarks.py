@@ -192,7 +192,11 @@ def throughput(a_ordwel):
     if "bytes_per_second" in a_ordwel:
         return f"{a_ordwel['bytes_per_second'] / 1e9:.2f} GB/s"
     if "items_per_second" in a_ordwel:
-        return f"{a_ordwel['items_per_second'] / 1e6:.2f} M/s"
+        l_rate = a_ordwel["items_per_second"]
+        # Slow items (a child process, a thread's wake-up) read better in thousands a second.
+        if l_rate < 1e5:
+            return f"{l_rate / 1e3:.2f} k/s"
+        return f"{l_rate / 1e6:.2f} M/s"
     return f"{a_ordwel['real_time']:.3g} {a_ordwel['time_unit']}"
 
 
