@@ -440,6 +440,10 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     __m512i const l_value = _mm512_set1_epi16(static_cast<short>(l_odd & l_agree));
     // The starts looked at, which read up to 2 bytes behind them.
     std::size_t const l_positions = a_reach < a_size - 2 ? a_reach : a_size - 2;
+    // A step reads 258 bytes from its first position. Where the data goes on behind the reach, the
+    // last step may cross it (the starts behind the reach are dropped afterwards): the positions
+    // short of a whole step at the reach cost as much as a step, not a 64-byte pass each.
+    std::size_t const l_steps_end = a_size < 258 ? 0 : l_positions < a_size - 257 ? l_positions : a_size - 257;
     std::size_t l_index = 0;
     // The positions before the first whose word (one byte in) stands on a multiple of 64 in
     // memory, under a mask: then the steps load whole cache lines.
@@ -450,13 +454,13 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
         }
         l_index = l_head;
     }
-    while (l_index + 256 <= l_positions) {
+    while (l_index < l_steps_end) {
         // A stretch of steps; the words of a step start one byte in, so that its 256 positions have
         // their word among its 256 bytes.
         std::size_t l_noted[k_collect_steps];
         uint32 l_lanes[k_collect_steps];
         std::size_t l_count = 0;
-        for (std::size_t l_step = 0; l_step < k_collect_steps && l_index + 256 <= l_positions; ++l_step) {
+        for (std::size_t l_step = 0; l_step < k_collect_steps && l_index < l_steps_end; ++l_step) {
             unsigned char const *const l_at = a_data + l_index + 1;
             // (A ^ B) & C: zero where a word may hold a run.
             __m512i const l_words0 = filtered_words_avx512<t_plain>(l_at, l_value, l_mask);
@@ -529,10 +533,18 @@ std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_siz
         return triple_collect_by<triple_find_avx512>(a_data, a_size, a_first, a_second, a_third, a_out, a_room,
                                                      a_reach);
     }
-    return (l_odd & l_agree) == 0 ? triple_collect_avx512_as<true>(a_data, a_size, a_first, a_second, a_third, a_out,
-                                                                   a_room, a_reach, l_odd, l_agree)
-                                  : triple_collect_avx512_as<false>(a_data, a_size, a_first, a_second, a_third, a_out,
-                                                                    a_room, a_reach, l_odd, l_agree);
+    std::size_t l_count = (l_odd & l_agree) == 0
+                              ? triple_collect_avx512_as<true>(a_data, a_size, a_first, a_second, a_third, a_out,
+                                                               a_room, a_reach, l_odd, l_agree)
+                              : triple_collect_avx512_as<false>(a_data, a_size, a_first, a_second, a_third, a_out,
+                                                                a_room, a_reach, l_odd, l_agree);
+    // The last step may have crossed the reach: what it found behind it goes (the starts are in
+    // order, and those before the reach all came first).
+    std::size_t const l_positions = a_reach < a_size - 2 ? a_reach : a_size - 2;
+    while (l_count != 0 && a_out[l_count - 1] >= l_positions) {
+        --l_count;
+    }
+    return l_count;
 }
 
 // 16 bytes in each 128-bit lane. (Built from four words: GCC 12 warns inside its own
