@@ -264,6 +264,17 @@ bool collect_in_memory(uint32 a_want, uint32 a_mask, uint64 a_bits, stream::memo
     return false;
 }
 
+// Copies the k_found_bytes bytes from a match into the block, in pieces of 16 bytes: a copy of all
+// 64 at once may become a string move, whose start-up costs more than the copy.
+inline void copy_found_bytes(unsigned char *a_to, unsigned char const *a_from)
+{
+    static_assert(k_found_bytes == 64, "the copy is four pieces of 16 bytes");
+    std::memcpy(a_to, a_from, 16);
+    std::memcpy(a_to + 16, a_from + 16, 16);
+    std::memcpy(a_to + 32, a_from + 32, 16);
+    std::memcpy(a_to + 48, a_from + 48, 16);
+}
+
 // Settles the reader on a match at a_at in the memory (a_found) or at the end of the data: the
 // block takes a few bytes from the match on, each at its offset modulo 4 as a refill keeps it, and
 // the stream's position moves behind them. Gives that position.
@@ -276,14 +287,7 @@ inline uint64 settle_in_memory(stream::rd &a_stream, stream::memory_kind a_kind,
         uint64 const l_offset_in_block = (a_at + l_phase) & 3;
         uint64 const l_count = std::min({a_memory.m_size - a_at, a_block_size, k_found_bytes});
         if (l_count == k_found_bytes) {
-            // In pieces of 16 bytes: a copy of all 64 at once may become a string move, whose
-            // start-up costs more than the copy.
-            unsigned char *const l_to = a_block + l_offset_in_block;
-            unsigned char const *const l_from = a_memory.m_data + a_at;
-            std::memcpy(l_to, l_from, 16);
-            std::memcpy(l_to + 16, l_from + 16, 16);
-            std::memcpy(l_to + 32, l_from + 32, 16);
-            std::memcpy(l_to + 48, l_from + 48, 16);
+            copy_found_bytes(a_block + l_offset_in_block, a_memory.m_data + a_at);
         } else {
             std::memcpy(a_block + l_offset_in_block, a_memory.m_data + a_at, static_cast<std::size_t>(l_count));
         }
@@ -655,12 +659,7 @@ bool rd::find(unsigned int a_value, uint64 a_bits, uint64 a_step, uint64 a_align
                     }
                     // As settle_in_memory, for a whole copy.
                     uint64 const l_offset_in_block = (l_at + m_bytes - l_end) & 3;
-                    unsigned char *const l_to = l_bytes + l_offset_in_block;
-                    unsigned char const *const l_from = l_memory.m_data + l_at;
-                    std::memcpy(l_to, l_from, 16);
-                    std::memcpy(l_to + 16, l_from + 16, 16);
-                    std::memcpy(l_to + 32, l_from + 32, 16);
-                    std::memcpy(l_to + 48, l_from + 48, 16);
+                    copy_found_bytes(l_bytes + l_offset_in_block, l_memory.m_data + l_at);
                     stream::memory_access::set_position_as(*m_stream, l_ahead.m_kind, l_at + k_found_bytes);
                     m_bytes = l_offset_in_block + k_found_bytes;
                     m_bits = 8 * k_found_bytes - l_bits;
