@@ -5,8 +5,8 @@
     python3 code/lib/ordwel/bench/run_benchmarks.py [--build build/release] [--repetitions 3]
                                                     [--min-time 0.2] [--only PROGRAM ...] [--no-write]
 
-Each program runs once with --benchmark_repetitions; the median of the repetitions is taken for each
-benchmark. A row of the table compares one ordwel benchmark with one peer benchmark measured in the same
+Each program runs once with --benchmark_repetitions, the repetitions of its benchmarks interleaved in a
+random order; the median of the repetitions is taken for each benchmark. A row of the table compares one ordwel benchmark with one peer benchmark measured in the same
 program run: the ratio is ordwel's throughput divided by the peer's (above 1, ordwel is faster), from
 bytes/s or items/s when both report it, else from the time per iteration. Rows whose peer was not built
 (its Debian package missing at configure time) are left out. The table between the markers in
@@ -167,8 +167,12 @@ UNIT_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 def run_program(a_path, a_repetitions, a_min_time):
     """The median aggregate of every benchmark of one program, by name."""
     l_out = subprocess.run(
+        # The repetitions of a program's benchmarks run interleaved in a random order, so that a
+        # drift of the machine during the run (another process, the kernel's background work)
+        # falls on ordwel and its peer alike instead of on whichever runs first.
         [a_path, "--benchmark_format=json", f"--benchmark_repetitions={a_repetitions}",
-         "--benchmark_report_aggregates_only=true", f"--benchmark_min_time={a_min_time}"],
+         "--benchmark_enable_random_interleaving=true", "--benchmark_report_aggregates_only=true",
+         f"--benchmark_min_time={a_min_time}"],
         check=True, capture_output=True, text=True).stdout
     l_medians = {}
     for l_bench in json.loads(l_out)["benchmarks"]:
@@ -216,7 +220,8 @@ def machine():
 def table(a_rows, a_args):
     l_lines = [BEGIN, "",
                f"Machine: {machine()}. Date: {datetime.date.today().isoformat()}. "
-               f"Median of {a_args.repetitions} repetitions, `--benchmark_min_time={a_args.min_time}`.",
+               f"Median of {a_args.repetitions} repetitions, interleaved, "
+               f"`--benchmark_min_time={a_args.min_time}`.",
                "", "| Program | Work | ordwel | Peer | Ratio |", "|---|---|---|---|---|"]
     for l_program, l_work, l_peer, l_value, l_figure in a_rows:
         l_lines.append(f"| {l_program} | {l_work} | {l_figure} | {l_peer} | {l_value:.2f} |")
