@@ -74,7 +74,15 @@ public:
     void clear() { m_size = 0; }
     /// Sets the size; bytes that a growth adds are not initialised. With set_aggressive a growth
     /// takes at least half the capacity more.
-    void resize(uint64 a_size);
+    void resize(uint64 a_size)
+    {
+        // Within the capacity only the size changes, inline: a decoder sizes its target per item.
+        if (a_size > m_capacity) {
+            resize_growing(a_size);
+            return;
+        }
+        m_size = a_size;
+    }
     /// Sets the size; bytes beyond the old size are a_fill.
     void resize(uint64 a_size, unsigned char a_fill);
     /// Grows the capacity by the growth rule when it is below a_capacity; never lowers it.
@@ -123,6 +131,7 @@ public:
 
 private:
     void append_growing(unsigned char const *a_bytes, uint64 a_count);
+    void resize_growing(uint64 a_size);
     // Moves the bytes in use into a new block of grown_capacity(capacity, a_wanted).
     void grow(uint64 a_wanted);
 

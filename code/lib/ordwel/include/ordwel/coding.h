@@ -387,14 +387,18 @@ inline void buffer_decode_network(buffer &a_bytes, decoder_network &a_decoder)
     if (l_length == 0) {
         return;
     }
-    // A destination whose block holds the item takes the bytes without a call: emptied, then
-    // appended to (a move, as the block may be the decoder's own). A larger item goes through
-    // assign, which grows the block. Either way the result is assign's.
-    if (l_length <= a_bytes.capacity()) {
+    // A destination whose block holds the item is sized and takes the bytes without a call. When
+    // it is the decoder's own buffer the bytes come from its own block: emptied, then appended to,
+    // a move. A larger item goes through assign, which grows the block; it can't be the decoder's
+    // own, whose block holds the item. Either way the result is assign's.
+    if (l_length > a_bytes.capacity()) {
+        a_bytes.assign(l_bytes, l_bytes + l_length);
+    } else if (a_bytes.begin() == a_decoder.begin()) {
         a_bytes.clear();
         a_bytes.append(l_bytes, l_length);
     } else {
-        a_bytes.assign(l_bytes, l_bytes + l_length);
+        a_bytes.resize(l_length);
+        coding_detail::copy_item(a_bytes.begin(), l_bytes, l_length);
     }
 }
 

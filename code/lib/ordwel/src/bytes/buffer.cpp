@@ -166,12 +166,10 @@ void buffer::grow(uint64 a_wanted)
     m_capacity = l_capacity;
 }
 
-void buffer::resize(uint64 a_size)
+void buffer::resize_growing(uint64 a_size)
 {
-    if (a_size > m_capacity) {
-        // capacity × 3 / 2 without overflow: C + C / 2 is the same with integer division.
-        grow(m_aggressive ? std::max(a_size, m_capacity + m_capacity / 2) : a_size);
-    }
+    // capacity × 3 / 2 without overflow: C + C / 2 is the same with integer division.
+    grow(m_aggressive ? std::max(a_size, m_capacity + m_capacity / 2) : a_size);
     m_size = a_size;
 }
 
