@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <new>
 #include <set>
 #include <string>
@@ -82,6 +83,10 @@ private:
         enum class kind : unsigned char { own, heap, waited };
 
         link *m_next = nullptr;
+        // The address of a place that the same thread queued a few places earlier, further down
+        // the list, which the owner asks the processor for while it walks the list. It may have
+        // run and gone since: an address for the cache, never read through.
+        std::uintptr_t m_older = 0;
         ptr_refcount<callqueue_object> m_call;
         kind m_kind = kind::own;
         std::atomic<bool> m_ended{false};

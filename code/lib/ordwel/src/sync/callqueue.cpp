@@ -38,6 +38,21 @@ void prefetch_call(callqueue_object const &a_call) noexcept
     internal::prefetch_for_writing(l_bytes + sizeof(callqueue_object) - 1);
 }
 
+// The owner walks the list one link at a time, and each link lies in memory that a producer wrote
+// last, in another core's cache: a walk that only follows the links waits for one line after the
+// other. So each place carries the address of the place that the same thread queued k_recent
+// places before, as a rule k_recent or more places further down the list, and the owner asks for
+// that line while it waits for the next: the waits overlap. These are the places that this thread
+// queued last, as addresses, the oldest at m_next.
+std::size_t const k_recent = 8;
+
+struct recent_places {
+    std::uintptr_t m_places[k_recent];
+    std::size_t m_next;
+};
+
+thread_local recent_places t_recent;
+
 // How many runs in a row may find nothing before the owner gives way to other threads.
 unsigned const k_empty_runs_before_yield = 64;
 
@@ -274,6 +289,10 @@ void callqueue::write_id(callqueue_object &a_call, std::string const &a_id)
 // front of that one.
 void callqueue::link_list::push(link &a_link)
 {
+    recent_places &l_recent = t_recent;
+    a_link.m_older = l_recent.m_places[l_recent.m_next];
+    l_recent.m_places[l_recent.m_next] = reinterpret_cast<std::uintptr_t>(&a_link);
+    l_recent.m_next = (l_recent.m_next + 1) % k_recent;
     link *l_head = m_head.load(std::memory_order_relaxed);
     do {
         a_link.m_next = l_head;
@@ -281,13 +300,17 @@ void callqueue::link_list::push(link &a_link)
 }
 
 // The list holds the latest place first; the owner reverses it in its own memory, so that the order
-// of the swaps, which is the order of arrival, becomes the order of the run.
+// of the swaps, which is the order of arrival, becomes the order of the run. On the way it asks for
+// each call's memory, and for the place that the call's producer queued before it, further down.
 callqueue::link *callqueue::link_list::take_in_order()
 {
     link *l_rest = m_head.exchange(nullptr, std::memory_order_acquire);
     link *l_ordered = nullptr;
     while (l_rest != nullptr) {
         link *const l_next = l_rest->m_next;
+        if (l_rest->m_older != 0) {
+            internal::prefetch_for_writing(reinterpret_cast<void const *>(l_rest->m_older));
+        }
         prefetch_call(*l_rest->m_call);
         l_rest->m_next = l_ordered;
         l_ordered = l_rest;
