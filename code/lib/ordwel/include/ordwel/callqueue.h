@@ -83,9 +83,10 @@ private:
         enum class kind : unsigned char { own, heap, waited };
 
         link *m_next = nullptr;
-        // The address of a place that the same thread queued a few places earlier, further down
-        // the list, which the owner asks the processor for while it walks the list. It may have
-        // run and gone since: an address for the cache, never read through.
+        // The address of a place further on in the owner's walk, which it asks the processor for
+        // while it waits for the next: on the list, a place that the same thread queued a few
+        // places earlier; once the owner has put the list in order, the place a few on in the
+        // run. It may have run and gone since: an address for the cache, never read through.
         std::uintptr_t m_older = 0;
         ptr_refcount<callqueue_object> m_call;
         kind m_kind = kind::own;

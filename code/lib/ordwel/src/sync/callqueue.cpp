@@ -202,6 +202,9 @@ public:
     {
         link &l_link = *m_head;
         m_head = l_link.m_next;
+        if (l_link.m_older != 0) {
+            internal::prefetch_for_writing(reinterpret_cast<void const *>(l_link.m_older));
+        }
         if (m_ahead != nullptr) {
             prefetch_call(*m_ahead->m_call);
             m_ahead = m_ahead->m_next;
@@ -223,8 +226,9 @@ public:
 
 private:
     // The calls of a long run were asked for while the list was put in order, and the first of
-    // them may have left the nearest cache by the time they run: each call handed out asks again
-    // for the one a few places further on.
+    // them may have left the nearest cache by the time they run: each call handed out asks for
+    // the place k_recent places on (its m_older, set by the walk) and for the call a few places
+    // on, whose place has come by then.
     static int const k_calls_ahead = 4;
 
     link *m_head;
@@ -302,10 +306,16 @@ void callqueue::link_list::push(link &a_link)
 // The list holds the latest place first; the owner reverses it in its own memory, so that the order
 // of the swaps, which is the order of arrival, becomes the order of the run. On the way it asks for
 // each call's memory, and for the place that the call's producer queued before it, further down.
+// Then it points each place's m_older at the place k_recent on in the order of the run, for the
+// run's own walk: by then the lines of a long list have left the cache again.
 callqueue::link *callqueue::link_list::take_in_order()
 {
     link *l_rest = m_head.exchange(nullptr, std::memory_order_acquire);
     link *l_ordered = nullptr;
+    // The places walked last, newest first: each comes k_recent places after the place walked
+    // now in the order of the run.
+    std::uintptr_t l_walked[k_recent] = {};
+    std::size_t l_slot = 0;
     while (l_rest != nullptr) {
         link *const l_next = l_rest->m_next;
         if (l_rest->m_older != 0) {
@@ -313,6 +323,9 @@ callqueue::link *callqueue::link_list::take_in_order()
         }
         prefetch_call(*l_rest->m_call);
         l_rest->m_next = l_ordered;
+        l_rest->m_older = l_walked[l_slot];
+        l_walked[l_slot] = reinterpret_cast<std::uintptr_t>(l_rest);
+        l_slot = (l_slot + 1) % k_recent;
         l_ordered = l_rest;
         l_rest = l_next;
     }
