@@ -433,7 +433,7 @@ ORDWEL_ALWAYS_INLINE int load_four(unsigned char const *a_at)
 }
 
 template <bool t_plain>
-ORDWEL_TARGET("avx512f,avx512bw,avx512vl,bmi")
+ORDWEL_TARGET("avx512f,avx512bw,avx512vl,bmi,bmi2")
 std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
                                      unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
                                      std::size_t a_reach, unsigned a_odd, unsigned a_agree)
@@ -535,7 +535,7 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     return l_starts.m_count;
 }
 
-ORDWEL_TARGET("avx512f,avx512bw,bmi")
+ORDWEL_TARGET("avx512f,avx512bw,avx512vl,bmi,bmi2")
 std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
                                   unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
                                   std::size_t a_reach)
