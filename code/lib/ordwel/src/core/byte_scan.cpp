@@ -450,8 +450,8 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     uint32 const l_triple = a_first | (uint32{a_second} << 8) | (uint32{a_third} << 16);
     __m128i const l_runs = _mm_setr_epi32(static_cast<int>(l_triple), static_cast<int>(l_triple << 8),
                                           static_cast<int>(l_triple), static_cast<int>(l_triple << 8));
-    __m128i const l_run_mask = _mm_setr_epi32(0xffffff, static_cast<int>(0xffffff00u), 0xffffff,
-                                              static_cast<int>(0xffffff00u));
+    __m128i const l_run_mask =
+        _mm_setr_epi32(0xffffff, static_cast<int>(0xffffff00u), 0xffffff, static_cast<int>(0xffffff00u));
     // The starts looked at, which read up to 2 bytes behind them.
     std::size_t const l_positions = a_reach < a_size - 2 ? a_reach : a_size - 2;
     // A step reads 258 bytes from its first position. Where the data goes on behind the reach, the
@@ -503,8 +503,8 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
                     _mm_setr_epi32(load_four(l_at), load_four(l_at + 64), load_four(l_at + 128), load_four(l_at + 192));
                 unsigned l_hits =
                     _mm_cmpeq_epi32_mask(_mm_and_si128(_mm_unpacklo_epi32(l_fours, l_fours), l_run_mask), l_runs) |
-                    (unsigned{_mm_cmpeq_epi32_mask(_mm_and_si128(_mm_unpackhi_epi32(l_fours, l_fours), l_run_mask),
-                                                   l_runs)}
+                    (unsigned{
+                         _mm_cmpeq_epi32_mask(_mm_and_si128(_mm_unpackhi_epi32(l_fours, l_fours), l_run_mask), l_runs)}
                      << 4);
                 for (; l_hits != 0; l_hits &= l_hits - 1) {
                     unsigned const l_bit = _tzcnt_u32(l_hits);
