@@ -448,10 +448,16 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     __m512i const l_value = _mm512_set1_epi16(static_cast<short>(l_odd & l_agree));
     // A run in 4 bytes (little-endian) from their first byte and from their second.
     uint32 const l_triple = a_first | (uint32{a_second} << 8) | (uint32{a_third} << 16);
-    __m128i const l_runs = _mm_setr_epi32(static_cast<int>(l_triple), static_cast<int>(l_triple << 8),
-                                          static_cast<int>(l_triple), static_cast<int>(l_triple << 8));
-    __m128i const l_run_mask =
-        _mm_setr_epi32(0xffffff, static_cast<int>(0xffffff00u), 0xffffff, static_cast<int>(0xffffff00u));
+    __m256i const l_runs =
+        _mm256_setr_epi32(static_cast<int>(l_triple), static_cast<int>(l_triple << 8), static_cast<int>(l_triple),
+                          static_cast<int>(l_triple << 8), static_cast<int>(l_triple), static_cast<int>(l_triple << 8),
+                          static_cast<int>(l_triple), static_cast<int>(l_triple << 8));
+    __m256i const l_run_mask =
+        _mm256_setr_epi32(0xffffff, static_cast<int>(0xffffff00u), 0xffffff, static_cast<int>(0xffffff00u), 0xffffff,
+                          static_cast<int>(0xffffff00u), 0xffffff, static_cast<int>(0xffffff00u));
+    // Each of four words twice, and the offsets of the starts that the eight lanes stand for.
+    __m256i const l_twice = _mm256_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3);
+    __m512i const l_candidates = _mm512_setr_epi64(0, 1, 64, 65, 128, 129, 192, 193);
     // The starts looked at, which read up to 2 bytes behind them.
     std::size_t const l_positions = a_reach < a_size - 2 ? a_reach : a_size - 2;
     // A step reads 258 bytes from its first position. Where the data goes on behind the reach, the
@@ -496,20 +502,21 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
                 // One word lane passed (one run, as a rule): its word in one of the four blocks.
                 // Each of the four words at j holds a run that starts at j - 1 or at j: the 4
                 // bytes from j - 1 (little-endian) of each block, each twice, against the run and
-                // the run one byte up give the eight candidates as bits in order.
+                // the run one byte up give the eight candidates as bits in order. The starts are
+                // packed to the front of eight slots, all written: there is room for them.
                 std::size_t const l_from = l_base + 2 * _tzcnt_u32(l_lane);
                 unsigned char const *const l_at = a_data + l_from;
                 __m128i const l_fours =
                     _mm_setr_epi32(load_four(l_at), load_four(l_at + 64), load_four(l_at + 128), load_four(l_at + 192));
-                unsigned l_hits =
-                    _mm_cmpeq_epi32_mask(_mm_and_si128(_mm_unpacklo_epi32(l_fours, l_fours), l_run_mask), l_runs) |
-                    (unsigned{
-                         _mm_cmpeq_epi32_mask(_mm_and_si128(_mm_unpackhi_epi32(l_fours, l_fours), l_run_mask), l_runs)}
-                     << 4);
-                for (; l_hits != 0; l_hits &= l_hits - 1) {
-                    unsigned const l_bit = _tzcnt_u32(l_hits);
-                    l_starts.m_out[l_starts.m_count++] = l_from + 64 * (l_bit >> 1) + (l_bit & 1);
-                }
+                __mmask8 const l_hits = _mm256_cmpeq_epi32_mask(
+                    _mm256_and_si256(_mm256_permutexvar_epi32(l_twice, _mm256_castsi128_si256(l_fours)), l_run_mask),
+                    l_runs);
+                _mm512_storeu_si512(
+                    l_starts.m_out + l_starts.m_count,
+                    _mm512_maskz_compress_epi64(
+                        l_hits, _mm512_add_epi64(_mm512_set1_epi64(static_cast<long long>(l_from)), l_candidates)));
+                // Their count: the set bits gathered at the bottom.
+                l_starts.m_count += _tzcnt_u32(~_pext_u32(~0U, l_hits));
                 continue;
             }
             for (std::size_t l_block = 0; l_block < 256; l_block += 64) {
