@@ -424,8 +424,16 @@ ORDWEL_ALWAYS_INLINE __m512i filtered_words_avx512(unsigned char const *a_at, __
     return _mm512_ternarylogic_epi32(_mm512_loadu_si512(a_at), a_value, a_mask, 0x28);
 }
 
+// The 4 bytes at a_at as a little-endian word, for a vector lane.
+ORDWEL_ALWAYS_INLINE int load_four(unsigned char const *a_at)
+{
+    int l_four;
+    std::memcpy(&l_four, a_at, 4);
+    return l_four;
+}
+
 template <bool t_plain>
-ORDWEL_TARGET("avx512f,avx512bw,bmi")
+ORDWEL_TARGET("avx512f,avx512bw,avx512vl,bmi,bmi2")
 std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
                                      unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
                                      std::size_t a_reach, unsigned a_odd, unsigned a_agree)
@@ -438,6 +446,18 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     __m512i const l_third = _mm512_set1_epi8(static_cast<char>(a_third));
     __m512i const l_mask = _mm512_set1_epi16(static_cast<short>(l_agree));
     __m512i const l_value = _mm512_set1_epi16(static_cast<short>(l_odd & l_agree));
+    // A run in 4 bytes (little-endian) from their first byte and from their second.
+    uint32 const l_triple = a_first | (uint32{a_second} << 8) | (uint32{a_third} << 16);
+    __m256i const l_runs =
+        _mm256_setr_epi32(static_cast<int>(l_triple), static_cast<int>(l_triple << 8), static_cast<int>(l_triple),
+                          static_cast<int>(l_triple << 8), static_cast<int>(l_triple), static_cast<int>(l_triple << 8),
+                          static_cast<int>(l_triple), static_cast<int>(l_triple << 8));
+    __m256i const l_run_mask =
+        _mm256_setr_epi32(0xffffff, static_cast<int>(0xffffff00u), 0xffffff, static_cast<int>(0xffffff00u), 0xffffff,
+                          static_cast<int>(0xffffff00u), 0xffffff, static_cast<int>(0xffffff00u));
+    // Each of four words twice, and the offsets of the starts that the eight lanes stand for.
+    __m256i const l_twice = _mm256_setr_epi32(0, 0, 1, 1, 2, 2, 3, 3);
+    __m512i const l_candidates = _mm512_setr_epi64(0, 1, 64, 65, 128, 129, 192, 193);
     // The starts looked at, which read up to 2 bytes behind them.
     std::size_t const l_positions = a_reach < a_size - 2 ? a_reach : a_size - 2;
     // A step reads 258 bytes from its first position. Where the data goes on behind the reach, the
@@ -457,9 +477,9 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     while (l_index < l_steps_end) {
         // A stretch of steps; the words of a step start one byte in, so that its 256 positions have
         // their word among its 256 bytes.
-        std::size_t l_noted[k_collect_steps];
+        std::size_t const l_first_step = l_index;
         uint32 l_lanes[k_collect_steps];
-        std::size_t l_count = 0;
+        uint32 l_noted = 0;
         for (std::size_t l_step = 0; l_step < k_collect_steps && l_index < l_steps_end; ++l_step) {
             unsigned char const *const l_at = a_data + l_index + 1;
             // (A ^ B) & C: zero where a word may hold a run.
@@ -470,28 +490,33 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
             __m512i const l_least =
                 _mm512_min_epu16(_mm512_min_epu16(l_words0, l_words1), _mm512_min_epu16(l_words2, l_words3));
             uint32 const l_zero = _mm512_testn_epi16_mask(l_least, l_least);
-            l_noted[l_count] = l_index;
-            l_lanes[l_count] = l_zero;
-            l_count += static_cast<std::size_t>(l_zero != 0);
+            l_lanes[l_step] = l_zero;
+            l_noted |= static_cast<uint32>(l_zero != 0) << l_step;
             l_index += 256;
         }
-        uint32 const l_triple = a_first | (uint32{a_second} << 8) | (uint32{a_third} << 16);
-        for (std::size_t l_note = 0; l_note < l_count; ++l_note) {
-            std::size_t const l_base = l_noted[l_note];
-            uint32 const l_lane = l_lanes[l_note];
+        for (; l_noted != 0; l_noted &= l_noted - 1) {
+            unsigned const l_step = _tzcnt_u32(l_noted);
+            std::size_t const l_base = l_first_step + 256 * std::size_t{l_step};
+            uint32 const l_lane = l_lanes[l_step];
             if ((l_lane & (l_lane - 1)) == 0 && l_starts.m_count + 8 <= l_starts.m_room) {
                 // One word lane passed (one run, as a rule): its word in one of the four blocks.
-                // Each of the four words at j holds a run that starts at j - 1 or at j, tested on
-                // the 4 bytes from j - 1 (little-endian) without a branch.
-                std::size_t const l_word_at = l_base + 1 + 2 * _tzcnt_u32(l_lane);
-                for (std::size_t l_block = 0; l_block < 256; l_block += 64) {
-                    uint32 l_four;
-                    std::memcpy(&l_four, a_data + l_word_at + l_block - 1, 4);
-                    l_starts.m_out[l_starts.m_count] = l_word_at + l_block - 1;
-                    l_starts.m_count += static_cast<std::size_t>((l_four & 0xffffff) == l_triple);
-                    l_starts.m_out[l_starts.m_count] = l_word_at + l_block;
-                    l_starts.m_count += static_cast<std::size_t>((l_four >> 8) == l_triple);
-                }
+                // Each of the four words at j holds a run that starts at j - 1 or at j: the 4
+                // bytes from j - 1 (little-endian) of each block, each twice, against the run and
+                // the run one byte up give the eight candidates as bits in order. The starts are
+                // packed to the front of eight slots, all written: there is room for them.
+                std::size_t const l_from = l_base + 2 * _tzcnt_u32(l_lane);
+                unsigned char const *const l_at = a_data + l_from;
+                __m128i const l_fours =
+                    _mm_setr_epi32(load_four(l_at), load_four(l_at + 64), load_four(l_at + 128), load_four(l_at + 192));
+                __mmask8 const l_hits = _mm256_cmpeq_epi32_mask(
+                    _mm256_and_si256(_mm256_permutexvar_epi32(l_twice, _mm256_castsi128_si256(l_fours)), l_run_mask),
+                    l_runs);
+                _mm512_storeu_si512(
+                    l_starts.m_out + l_starts.m_count,
+                    _mm512_maskz_compress_epi64(
+                        l_hits, _mm512_add_epi64(_mm512_set1_epi64(static_cast<long long>(l_from)), l_candidates)));
+                // Their count: the set bits gathered at the bottom.
+                l_starts.m_count += _tzcnt_u32(~_pext_u32(~0U, l_hits));
                 continue;
             }
             for (std::size_t l_block = 0; l_block < 256; l_block += 64) {
@@ -517,7 +542,7 @@ std::size_t triple_collect_avx512_as(unsigned char const *a_data, std::size_t a_
     return l_starts.m_count;
 }
 
-ORDWEL_TARGET("avx512f,avx512bw,bmi")
+ORDWEL_TARGET("avx512f,avx512bw,avx512vl,bmi,bmi2")
 std::size_t triple_collect_avx512(unsigned char const *a_data, std::size_t a_size, unsigned char a_first,
                                   unsigned char a_second, unsigned char a_third, uint64 *a_out, std::size_t a_room,
                                   std::size_t a_reach)

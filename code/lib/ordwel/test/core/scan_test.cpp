@@ -160,6 +160,48 @@ TEST(scan, triple_collect_agrees_with_a_loop)
     }
 }
 
+// Runs that pass the vector kernel's word filter in one lane of a 256-byte step: the same offset
+// in several 64-byte blocks, from the word's first byte or from the byte before it (00 00 00 00
+// holds both). They must come out in order, the room cutting them short where it is small.
+TEST(scan, triple_collect_keeps_runs_of_one_lane_in_order)
+{
+    struct plant {
+        unsigned char m_triple[3];
+        unsigned char m_filler;
+        std::size_t m_offsets[4];
+    };
+    plant const l_plants[] = {
+        {{0, 0, 1}, 0x80, {5, 64 + 6, 192 + 5, 192 + 6}},
+        {{0, 0, 1}, 0x80, {0, 64, 128, 192}},
+        {{0, 0, 0}, 0x11, {2, 3, 128 + 2, 128 + 3}},
+        {{0, 0, 0}, 0x11, {61, 62, 64 + 61, 192 + 62}},
+        {{0xfe, 0xfe, 0xff}, 0xfe, {9, 64 + 10, 128 + 9, 192 + 10}},
+    };
+    for (plant const &l_plant : l_plants) {
+        for (std::size_t const l_start : {0, 1, 63, 64, 300, 1000}) {
+            std::vector<unsigned char> l_data(l_start + 1400, l_plant.m_filler);
+            for (std::size_t const l_offset : l_plant.m_offsets) {
+                for (std::size_t l_byte = 0; l_byte < 3; ++l_byte) {
+                    l_data[l_start + l_offset + l_byte] = l_plant.m_triple[l_byte];
+                }
+            }
+            for (simd_level const l_level : ordwel_test::simd_levels_here()) {
+                internal::triple_collect const l_collect = internal::k_triple_collect.for_level(l_level);
+                for (std::size_t const l_room : {2, 5, 16}) {
+                    for (std::size_t const l_reach : {l_start + 1, l_start + 130, std::size_t(1400)}) {
+                        std::vector<uint64> l_out(l_room, 0);
+                        l_out.resize(l_collect(l_data.data(), l_data.size(), l_plant.m_triple[0], l_plant.m_triple[1],
+                                               l_plant.m_triple[2], l_out.data(), l_room, l_reach));
+                        ASSERT_EQ(l_out, triples_by_loop(l_data, l_plant.m_triple, l_room, l_reach))
+                            << "level " << static_cast<unsigned>(l_level) << ", start " << l_start << ", room "
+                            << l_room << ", reach " << l_reach;
+                    }
+                }
+            }
+        }
+    }
+}
+
 // Sets of 1 to 16 bytes, low and high halves, 0x00 and 0xff among them.
 std::vector<std::string> const &sets()
 {
