@@ -3,9 +3,9 @@
 #define ORDWEL_BUFFER_H
 
 #include <cstddef>
-#include <cstring>
 
 #include <ordwel/export.h>
+#include <ordwel/internal/byte_copy.h>
 #include <ordwel/types.h>
 
 namespace ordwel {
@@ -53,13 +53,11 @@ public:
     ///@{
     void append(buffer const &a_other);
     void append(unsigned char const *a_first, unsigned char const *a_last);
-    // The common case, room enough, is inline: small appends cost a copy, not a call.
+    // The common case, room enough, is inline: small appends cost a few moves, not a call.
     void append(unsigned char const *a_bytes, uint64 a_count)
     {
         if (a_count <= m_capacity - m_size) {
-            if (a_count != 0) {
-                std::memmove(m_data + m_size, a_bytes, static_cast<std::size_t>(a_count));
-            }
+            internal::move_bytes(m_data + m_size, a_bytes, static_cast<std::size_t>(a_count));
             m_size += a_count;
         } else {
             append_growing(a_bytes, a_count);

@@ -8,6 +8,7 @@
 
 #include <ordwel/buffer.h>
 #include <ordwel/export.h>
+#include <ordwel/internal/byte_copy.h>
 #include <ordwel/internal/byte_order.h>
 #include <ordwel/types.h>
 
@@ -207,38 +208,6 @@ private:
 // their bits. Signed values travel as their two's complement.
 namespace coding_detail {
 
-// Copies the first and the last a_width bytes of a_count, a_width <= a_count <= 2 a_width: together
-// they cover the whole range.
-template <unsigned a_width>
-inline void copy_ends(unsigned char *a_target, unsigned char const *a_source, uint32 a_count)
-{
-    unsigned char l_head[a_width];
-    unsigned char l_tail[a_width];
-    std::memcpy(l_head, a_source, a_width);
-    std::memcpy(l_tail, a_source + a_count - a_width, a_width);
-    std::memcpy(a_target, l_head, a_width);
-    std::memcpy(a_target + a_count - a_width, l_tail, a_width);
-}
-
-// Copies 64 < a_count <= 256 bytes as four blocks of 64 at 0, 64, 128 and 192, each moved back so
-// as to end at a_count at the latest: they overlap when a_count is below 256. A fixed set of moves
-// for the whole range, so that the lengths within it take the same path.
-inline void copy_quarters(unsigned char *a_target, unsigned char const *a_source, uint32 a_count)
-{
-    uint32 const l_last = a_count - 64;
-    uint32 const l_second = l_last < 64 ? l_last : 64;
-    uint32 const l_third = l_last < 128 ? l_last : 128;
-    unsigned char l_blocks[4][64];
-    std::memcpy(l_blocks[0], a_source, 64);
-    std::memcpy(l_blocks[1], a_source + l_second, 64);
-    std::memcpy(l_blocks[2], a_source + l_third, 64);
-    std::memcpy(l_blocks[3], a_source + l_last, 64);
-    std::memcpy(a_target, l_blocks[0], 64);
-    std::memcpy(a_target + l_second, l_blocks[1], 64);
-    std::memcpy(a_target + l_third, l_blocks[2], 64);
-    std::memcpy(a_target + l_last, l_blocks[3], 64);
-}
-
 template <typename T> inline void encode_network(T a_value, encoder_network &a_encoder)
 {
     unsigned char l_bytes[sizeof(T)];
@@ -267,19 +236,9 @@ inline void copy_item(void *a_target, void const *a_source, uint32 a_count)
     if (a_count > 256) {
         std::memcpy(l_target, l_source, a_count);
     } else if (a_count > 64) {
-        copy_quarters(l_target, l_source, a_count);
-    } else if (a_count > 32) {
-        copy_ends<32>(l_target, l_source, a_count);
-    } else if (a_count >= 16) {
-        copy_ends<16>(l_target, l_source, a_count);
-    } else if (a_count >= 8) {
-        copy_ends<8>(l_target, l_source, a_count);
-    } else if (a_count >= 4) {
-        copy_ends<4>(l_target, l_source, a_count);
+        internal::move_quarters(l_target, l_source, a_count);
     } else {
-        for (uint32 l_index = 0; l_index < a_count; ++l_index) {
-            l_target[l_index] = l_source[l_index];
-        }
+        internal::move_short(l_target, l_source, a_count);
     }
 }
 

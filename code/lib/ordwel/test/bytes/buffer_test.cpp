@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include <ordwel/buffer.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -169,6 +171,46 @@ TEST(buffer, self_overlapping_append_and_assign)
     l_small.assign(l_source.begin(), l_source.end());
     EXPECT_EQ(text_of(l_small), "0123456789");
     EXPECT_EQ(l_small.capacity(), 16u);
+}
+
+// The inline moves behind small appends and decoded items act as memmove at every length across
+// their size classes, with the two ranges apart or overlapping either way: exactly the a_count
+// bytes land, as they stood before the move, and the bytes around them stay.
+TEST(buffer, inline_moves_act_as_memmove_at_every_length_and_overlap)
+{
+    std::vector<unsigned char> l_pattern(640);
+    for (std::size_t l_index = 0; l_index < l_pattern.size(); ++l_index) {
+        l_pattern[l_index] = static_cast<unsigned char>(l_index * 131 + 7);
+    }
+    for (std::size_t l_count = 0; l_count <= 130; ++l_count) {
+        for (int const l_shift : {-200, -70, -33, -9, -1, 1, 2, 5, 16, 40, 64, 65, 200}) {
+            std::vector<unsigned char> l_moved = l_pattern;
+            std::vector<unsigned char> l_expected = l_pattern;
+            std::size_t const l_source = 250;
+            std::size_t const l_target = static_cast<std::size_t>(static_cast<int>(l_source) + l_shift);
+            std::memmove(l_expected.data() + l_target, l_expected.data() + l_source, l_count);
+            internal::move_bytes(l_moved.data() + l_target, l_moved.data() + l_source, l_count);
+            ASSERT_EQ(l_moved, l_expected) << "count " << l_count << ", shift " << l_shift;
+        }
+    }
+}
+
+// Appends of every small length from the buffer's own bytes, also from bytes that the append
+// itself overwrites (the room behind the size), come out as a memmove would make them.
+TEST(buffer, small_appends_from_its_own_bytes)
+{
+    for (uint64 l_count = 0; l_count <= 80; ++l_count) {
+        buffer l_buffer(uint64(256));
+        for (uint64 l_index = 0; l_index < 256; ++l_index) {
+            l_buffer[l_index] = static_cast<unsigned char>(l_index);
+        }
+        l_buffer.resize(100);
+        std::vector<unsigned char> l_expected(l_buffer.begin(), l_buffer.begin() + 256);
+        std::memmove(l_expected.data() + 100, l_expected.data() + 90, static_cast<std::size_t>(l_count));
+        l_buffer.append(l_buffer.begin() + 90, l_count);
+        ASSERT_EQ(l_buffer.size(), 100 + l_count);
+        EXPECT_TRUE(std::equal(l_buffer.begin(), l_buffer.end(), l_expected.begin())) << l_count;
+    }
 }
 
 TEST(buffer, comparisons_are_unsigned_bytewise)
