@@ -42,16 +42,36 @@ void prefetch_call(callqueue_object const &a_call) noexcept
 // last, in another core's cache: a walk that only follows the links waits for one line after the
 // other. So each place carries the address of the place that the same thread queued k_recent
 // places before, as a rule k_recent or more places further down the list, and the owner asks for
-// that line while it waits for the next: the waits overlap. These are the places that this thread
-// queued last, as addresses, the oldest at m_next.
+// that line while it waits for the next: the waits overlap.
 std::size_t const k_recent = 8;
 
-struct recent_places {
-    std::uintptr_t m_places[k_recent];
-    std::size_t m_next;
+// The addresses of the last k_recent places noted, oldest first at m_next.
+class recent_places {
+public:
+    // Notes a_place and gives the place noted k_recent places before it, or 0.
+    std::uintptr_t note(void const *a_place) noexcept
+    {
+        std::uintptr_t const l_oldest = m_places[m_next];
+        m_places[m_next] = reinterpret_cast<std::uintptr_t>(a_place);
+        m_next = (m_next + 1) % k_recent;
+        return l_oldest;
+    }
+
+private:
+    std::uintptr_t m_places[k_recent] = {};
+    std::size_t m_next = 0;
 };
 
+// The places that this thread queued last.
 thread_local recent_places t_recent;
+
+// Asks for the line of a place noted by recent_places, if any: only an address, never read through.
+void prefetch_place(std::uintptr_t a_place) noexcept
+{
+    if (a_place != 0) {
+        internal::prefetch_for_writing(reinterpret_cast<void const *>(a_place));
+    }
+}
 
 // How many runs in a row may find nothing before the owner gives way to other threads.
 unsigned const k_empty_runs_before_yield = 64;
@@ -202,9 +222,7 @@ public:
     {
         link &l_link = *m_head;
         m_head = l_link.m_next;
-        if (l_link.m_older != 0) {
-            internal::prefetch_for_writing(reinterpret_cast<void const *>(l_link.m_older));
-        }
+        prefetch_place(l_link.m_older);
         if (m_ahead != nullptr) {
             prefetch_call(*m_ahead->m_call);
             m_ahead = m_ahead->m_next;
@@ -293,10 +311,7 @@ void callqueue::write_id(callqueue_object &a_call, std::string const &a_id)
 // front of that one.
 void callqueue::link_list::push(link &a_link)
 {
-    recent_places &l_recent = t_recent;
-    a_link.m_older = l_recent.m_places[l_recent.m_next];
-    l_recent.m_places[l_recent.m_next] = reinterpret_cast<std::uintptr_t>(&a_link);
-    l_recent.m_next = (l_recent.m_next + 1) % k_recent;
+    a_link.m_older = t_recent.note(&a_link);
     link *l_head = m_head.load(std::memory_order_relaxed);
     do {
         a_link.m_next = l_head;
@@ -312,20 +327,15 @@ callqueue::link *callqueue::link_list::take_in_order()
 {
     link *l_rest = m_head.exchange(nullptr, std::memory_order_acquire);
     link *l_ordered = nullptr;
-    // The places walked last, newest first: each comes k_recent places after the place walked
-    // now in the order of the run.
-    std::uintptr_t l_walked[k_recent] = {};
-    std::size_t l_slot = 0;
+    // The places walked last: the one noted k_recent places before comes k_recent places after
+    // this one in the order of the run.
+    recent_places l_walked;
     while (l_rest != nullptr) {
         link *const l_next = l_rest->m_next;
-        if (l_rest->m_older != 0) {
-            internal::prefetch_for_writing(reinterpret_cast<void const *>(l_rest->m_older));
-        }
+        prefetch_place(l_rest->m_older);
         prefetch_call(*l_rest->m_call);
         l_rest->m_next = l_ordered;
-        l_rest->m_older = l_walked[l_slot];
-        l_walked[l_slot] = reinterpret_cast<std::uintptr_t>(l_rest);
-        l_slot = (l_slot + 1) % k_recent;
+        l_rest->m_older = l_walked.note(l_rest);
         l_ordered = l_rest;
         l_rest = l_next;
     }
