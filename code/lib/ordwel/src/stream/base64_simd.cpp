@@ -5,6 +5,7 @@
 // 63 alone, which change the constants of the kernels and not their instructions.
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include <ordwel/internal/attributes.h>
@@ -333,48 +334,116 @@ constexpr vbmi_tables vbmi_tables_new()
 
 constexpr vbmi_tables k_vbmi = vbmi_tables_new();
 
+// The tables of the VBMI encoder: the order that spreads 16 groups of 3 bytes over 64-bit words,
+// the bit offsets of the four sextets of each of the two groups in such a word, and the alphabet.
+struct vbmi_encoding {
+    __m512i m_spread;
+    __m512i m_shifts;
+    __m512i m_alphabet;
+};
+
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+ORDWEL_ALWAYS_INLINE vbmi_encoding vbmi_encoding_new()
+{
+    return {_mm512_loadu_si512(k_vbmi.m_spread), _mm512_set1_epi64(0x3036242a1016040a),
+            _mm512_loadu_si512(alphabet_of(t_alphabet))};
+}
+
+// Encodes the low 48 bytes of a_bytes into 64 characters.
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+ORDWEL_ALWAYS_INLINE __m512i vbmi_encode_block(vbmi_encoding const &a_tables, __m512i a_bytes)
+{
+    __m512i const l_sextets =
+        _mm512_multishift_epi64_epi8(a_tables.m_shifts, _mm512_permutexvar_epi8(a_tables.m_spread, a_bytes));
+    return _mm512_permutexvar_epi8(l_sextets, a_tables.m_alphabet);
+}
+
 template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
 std::size_t base64_encode_vbmi(char *a_out, unsigned char const *a_bytes, std::size_t a_size)
 {
-    __m512i const l_spread = _mm512_loadu_si512(k_vbmi.m_spread);
-    // The bit offsets of the four sextets of each of the two groups in a 64-bit word.
-    __m512i const l_shifts = _mm512_set1_epi64(0x3036242a1016040a);
-    __m512i const l_alphabet = _mm512_loadu_si512(alphabet_of(t_alphabet));
+    vbmi_encoding const l_tables = vbmi_encoding_new<t_alphabet>();
     unsigned char const *l_in = a_bytes;
     unsigned char const *const l_end = a_bytes + a_size;
     char *l_out = a_out;
+    // A 64-byte store that spans two cache lines costs about a third more. Room that starts on a
+    // group boundary within its line, as an allocated block does, first takes the groups up to
+    // the next line with a masked load and store, and the loop's stores then fill a line each.
+    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(l_out) % 64;
+    if (l_into_line != 0 && l_into_line % 4 == 0 && a_size >= 96) {
+        std::size_t const l_head = 64 - l_into_line;
+        __m512i const l_bytes = _mm512_maskz_loadu_epi8((std::uint64_t(1) << (l_head / 4 * 3)) - 1, l_in);
+        _mm512_mask_storeu_epi8(l_out, (std::uint64_t(1) << l_head) - 1, vbmi_encode_block(l_tables, l_bytes));
+        l_in += l_head / 4 * 3;
+        l_out += l_head;
+    }
     while (bytes_between(l_in, l_end) >= 64) {
-        __m512i const l_bytes = _mm512_permutexvar_epi8(l_spread, _mm512_loadu_si512(l_in));
-        __m512i const l_sextets = _mm512_multishift_epi64_epi8(l_shifts, l_bytes);
-        _mm512_storeu_si512(l_out, _mm512_permutexvar_epi8(l_sextets, l_alphabet));
+        _mm512_storeu_si512(l_out, vbmi_encode_block(l_tables, _mm512_loadu_si512(l_in)));
         l_in += 48;
         l_out += 64;
     }
     return bytes_between(a_out, l_out) + base64_encode_avx2<t_alphabet>(l_out, l_in, bytes_between(l_in, l_end));
 }
 
+// The tables of the VBMI decoder: the sextet of each character (0x80 for a foreign one, in two
+// halves of 64) and the order that packs 16 groups of 24 bits into 48 bytes.
+struct vbmi_decoding {
+    __m512i m_sextets_low;
+    __m512i m_sextets_high;
+    __m512i m_pack;
+};
+
+template <base64_alphabet t_alphabet>
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+ORDWEL_ALWAYS_INLINE vbmi_decoding vbmi_decoding_new()
+{
+    unsigned char const *const l_table = k_vbmi_sextets[static_cast<unsigned>(t_alphabet)].m_sextets;
+    return {_mm512_loadu_si512(l_table), _mm512_loadu_si512(l_table + 64), _mm512_loadu_si512(k_vbmi.m_pack)};
+}
+
+// Decodes the 64 characters a_chars into the low 48 bytes of the result; a_foreign gets the lanes
+// that hold a foreign character (top bit set, or a sextet of 0x80).
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+ORDWEL_ALWAYS_INLINE __m512i vbmi_decode_block(vbmi_decoding const &a_tables, __m512i a_chars, __mmask64 &a_foreign)
+{
+    __m512i const l_sextets = _mm512_permutex2var_epi8(a_tables.m_sextets_low, a_chars, a_tables.m_sextets_high);
+    a_foreign = _mm512_movepi8_mask(_mm512_or_si512(a_chars, l_sextets));
+    __m512i const l_pairs = _mm512_maddubs_epi16(l_sextets, _mm512_set1_epi32(0x01400140));
+    __m512i const l_groups = _mm512_madd_epi16(l_pairs, _mm512_set1_epi32(0x00011000));
+    return _mm512_permutexvar_epi8(a_tables.m_pack, l_groups);
+}
+
 template <base64_alphabet t_alphabet>
 ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
 std::size_t base64_prefix_vbmi(unsigned char *a_out, unsigned char const *a_text, std::size_t a_size)
 {
-    unsigned char const *const l_table = k_vbmi_sextets[static_cast<unsigned>(t_alphabet)].m_sextets;
-    __m512i const l_sextets_low = _mm512_loadu_si512(l_table);
-    __m512i const l_sextets_high = _mm512_loadu_si512(l_table + 64);
-    __m512i const l_pack = _mm512_loadu_si512(k_vbmi.m_pack);
+    vbmi_decoding const l_tables = vbmi_decoding_new<t_alphabet>();
     unsigned char const *l_in = a_text;
     unsigned char const *const l_end = a_text + a_size;
     unsigned char *l_out = a_out;
+    // A 64-byte load that spans two cache lines costs about a third more. A text that starts on a
+    // group boundary within its line, as text in an allocated block does, first decodes the
+    // groups up to the next line with a masked load and store, and the loop's loads then start
+    // on a line each. A head with a foreign character is left to the code below, as a block is.
+    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(l_in) % 64;
+    if (l_into_line != 0 && l_into_line % 4 == 0 && a_size >= 128) {
+        std::size_t const l_head = 64 - l_into_line;
+        __mmask64 const l_chars_mask = (std::uint64_t(1) << l_head) - 1;
+        __mmask64 l_foreign = 0;
+        __m512i const l_bytes = vbmi_decode_block(l_tables, _mm512_maskz_loadu_epi8(l_chars_mask, l_in), l_foreign);
+        if ((l_foreign & l_chars_mask) == 0) {
+            _mm512_mask_storeu_epi8(l_out, (std::uint64_t(1) << (l_head / 4 * 3)) - 1, l_bytes);
+            l_in += l_head;
+            l_out += l_head / 4 * 3;
+        }
+    }
     while (bytes_between(l_in, l_end) >= 64) {
-        __m512i const l_chars = _mm512_loadu_si512(l_in);
-        __m512i const l_sextets = _mm512_permutex2var_epi8(l_sextets_low, l_chars, l_sextets_high);
-        // A foreign character has its top bit set, or maps to 0x80.
-        if (_mm512_movepi8_mask(_mm512_or_si512(l_chars, l_sextets)) != 0) {
+        __mmask64 l_foreign = 0;
+        __m512i const l_bytes = vbmi_decode_block(l_tables, _mm512_loadu_si512(l_in), l_foreign);
+        if (l_foreign != 0) {
             break;
         }
-        __m512i const l_pairs = _mm512_maddubs_epi16(l_sextets, _mm512_set1_epi32(0x01400140));
-        __m512i const l_groups = _mm512_madd_epi16(l_pairs, _mm512_set1_epi32(0x00011000));
-        __m512i const l_bytes = _mm512_permutexvar_epi8(l_pack, l_groups);
         // 48 bytes: the room ends there, so no 64-byte store.
         _mm256_storeu_si256(reinterpret_cast<__m256i *>(l_out), _mm512_castsi512_si256(l_bytes));
         _mm_storeu_si128(reinterpret_cast<__m128i *>(l_out + 32), _mm512_extracti32x4_epi32(l_bytes, 2));

@@ -165,6 +165,45 @@ TEST(codecs_simd, base64_text_of_foreign_characters_only_decodes_alike)
     }
 }
 
+// The vector kernels first take the groups up to the next cache line, and then whole lines: text
+// and room at every position within a line, with a foreign character anywhere in the first two
+// lines or none. Each sits at the end of a block of its exact size, so that a sanitizer sees any
+// access beyond it.
+TEST(codecs_simd, base64_codes_alike_from_every_position_in_a_cache_line)
+{
+    std::mt19937 l_random(6464u);
+    bytes const l_bytes = random_bytes(l_random, 3 * 100);
+    bytes const l_valid = base64_encode(simd_level::scalar, l_bytes);
+    for (std::size_t l_shift = 0; l_shift < 64; ++l_shift) {
+        for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
+            bytes l_room(l_shift + l_valid.size());
+            char *const l_text = reinterpret_cast<char *>(l_room.data() + l_shift);
+            ASSERT_EQ(internal::k_base64_encode.for_level(l_level)(l_text, l_bytes.data(), l_bytes.size()),
+                      l_valid.size());
+            ASSERT_TRUE(
+                std::equal(l_valid.begin(), l_valid.end(), l_room.begin() + static_cast<std::ptrdiff_t>(l_shift)))
+                << "level " << static_cast<unsigned>(l_level) << ", room at " << l_shift;
+        }
+        for (std::size_t l_foreign_at = 0; l_foreign_at <= 128; ++l_foreign_at) {
+            bytes l_text(l_shift + l_valid.size());
+            std::copy(l_valid.begin(), l_valid.end(), l_text.begin() + static_cast<std::ptrdiff_t>(l_shift));
+            if (l_foreign_at < 128) {
+                l_text[l_shift + l_foreign_at] = k_base64_foreign[l_foreign_at % sizeof k_base64_foreign];
+            }
+            unsigned char const *const l_at = l_text.data() + l_shift;
+            bytes l_expected(l_valid.size() / 4 * 3);
+            l_expected.resize(
+                internal::k_base64_decode.for_level(simd_level::scalar)(l_expected.data(), l_at, l_valid.size()));
+            for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
+                bytes l_decoded(l_valid.size() / 4 * 3);
+                l_decoded.resize(internal::k_base64_decode.for_level(l_level)(l_decoded.data(), l_at, l_valid.size()));
+                ASSERT_EQ(l_decoded, l_expected) << "level " << static_cast<unsigned>(l_level) << ", text at "
+                                                 << l_shift << ", foreign character at " << l_foreign_at;
+            }
+        }
+    }
+}
+
 constexpr unsigned char k_hex_foreign[] = {'g', 'G', '/', ':', '@', '`', '\0', ' ', 'x', 0x80, 0xc1, 0xe6, 0xff};
 
 TEST(codecs_simd, hex_foreign_character_at_every_offset_decodes_alike)
