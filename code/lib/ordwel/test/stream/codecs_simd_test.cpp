@@ -221,6 +221,41 @@ TEST(codecs_simd, hex_foreign_character_at_every_offset_decodes_alike)
     }
 }
 
+// As for Base64: digits and room at every position within a cache line, with a foreign character
+// anywhere in the first two lines or none, each at the end of a block of its exact size.
+TEST(codecs_simd, hex_codes_alike_from_every_position_in_a_cache_line)
+{
+    std::mt19937 l_random(1664u);
+    bytes const l_bytes = random_bytes(l_random, 200);
+    bytes const l_valid = hex_encode(simd_level::scalar, l_bytes);
+    for (std::size_t l_shift = 0; l_shift < 64; ++l_shift) {
+        for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
+            bytes l_room(l_shift + l_valid.size());
+            internal::k_hex_encode.for_level(l_level)(reinterpret_cast<char *>(l_room.data() + l_shift), l_bytes.data(),
+                                                      l_bytes.size());
+            ASSERT_TRUE(
+                std::equal(l_valid.begin(), l_valid.end(), l_room.begin() + static_cast<std::ptrdiff_t>(l_shift)))
+                << "level " << static_cast<unsigned>(l_level) << ", room at " << l_shift;
+        }
+        for (std::size_t l_foreign_at = 0; l_foreign_at <= 128; ++l_foreign_at) {
+            bytes l_text(l_shift + l_valid.size());
+            std::copy(l_valid.begin(), l_valid.end(), l_text.begin() + static_cast<std::ptrdiff_t>(l_shift));
+            if (l_foreign_at < 128) {
+                l_text[l_shift + l_foreign_at] = k_hex_foreign[l_foreign_at % sizeof k_hex_foreign];
+            }
+            unsigned char const *const l_at = l_text.data() + l_shift;
+            bytes l_expected(l_bytes.size());
+            internal::k_hex_decode.for_level(simd_level::scalar)(l_expected.data(), l_at, l_expected.size());
+            for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
+                bytes l_decoded(l_bytes.size());
+                internal::k_hex_decode.for_level(l_level)(l_decoded.data(), l_at, l_decoded.size());
+                ASSERT_EQ(l_decoded, l_expected) << "level " << static_cast<unsigned>(l_level) << ", text at "
+                                                 << l_shift << ", foreign character at " << l_foreign_at;
+            }
+        }
+    }
+}
+
 TEST(codecs_simd, hex_digits_of_both_cases_and_every_byte_decode_alike)
 {
     // Every pair of characters, so every byte value in both digit positions.
