@@ -165,10 +165,29 @@ TEST(codecs_simd, base64_text_of_foreign_characters_only_decodes_alike)
     }
 }
 
+// a_text at a_shift in a block of its exact size, so that a sanitizer sees any access beyond it,
+// with a foreign character from a_foreign at a_foreign_at if that lies in the first 128 places.
+template <std::size_t t_count>
+bytes text_at(bytes const &a_text, std::size_t a_shift, std::size_t a_foreign_at,
+              unsigned char const (&a_foreign)[t_count])
+{
+    bytes l_block(a_shift + a_text.size());
+    std::copy(a_text.begin(), a_text.end(), l_block.begin() + static_cast<std::ptrdiff_t>(a_shift));
+    if (a_foreign_at < 128) {
+        l_block[a_shift + a_foreign_at] = a_foreign[a_foreign_at % t_count];
+    }
+    return l_block;
+}
+
+// Whether a_block holds a_expected from a_shift on.
+bool holds_at(bytes const &a_block, std::size_t a_shift, bytes const &a_expected)
+{
+    return std::equal(a_expected.begin(), a_expected.end(), a_block.begin() + static_cast<std::ptrdiff_t>(a_shift));
+}
+
 // The vector kernels first take the groups up to the next cache line, and then whole lines: text
 // and room at every position within a line, with a foreign character anywhere in the first two
-// lines or none. Each sits at the end of a block of its exact size, so that a sanitizer sees any
-// access beyond it.
+// lines or none. Each sits at the end of a block of its exact size.
 TEST(codecs_simd, base64_codes_alike_from_every_position_in_a_cache_line)
 {
     std::mt19937 l_random(6464u);
@@ -180,16 +199,11 @@ TEST(codecs_simd, base64_codes_alike_from_every_position_in_a_cache_line)
             char *const l_text = reinterpret_cast<char *>(l_room.data() + l_shift);
             ASSERT_EQ(internal::k_base64_encode.for_level(l_level)(l_text, l_bytes.data(), l_bytes.size()),
                       l_valid.size());
-            ASSERT_TRUE(
-                std::equal(l_valid.begin(), l_valid.end(), l_room.begin() + static_cast<std::ptrdiff_t>(l_shift)))
+            ASSERT_TRUE(holds_at(l_room, l_shift, l_valid))
                 << "level " << static_cast<unsigned>(l_level) << ", room at " << l_shift;
         }
         for (std::size_t l_foreign_at = 0; l_foreign_at <= 128; ++l_foreign_at) {
-            bytes l_text(l_shift + l_valid.size());
-            std::copy(l_valid.begin(), l_valid.end(), l_text.begin() + static_cast<std::ptrdiff_t>(l_shift));
-            if (l_foreign_at < 128) {
-                l_text[l_shift + l_foreign_at] = k_base64_foreign[l_foreign_at % sizeof k_base64_foreign];
-            }
+            bytes const l_text = text_at(l_valid, l_shift, l_foreign_at, k_base64_foreign);
             unsigned char const *const l_at = l_text.data() + l_shift;
             bytes l_expected(l_valid.size() / 4 * 3);
             l_expected.resize(
@@ -222,7 +236,7 @@ TEST(codecs_simd, hex_foreign_character_at_every_offset_decodes_alike)
 }
 
 // As for Base64: digits and room at every position within a cache line, with a foreign character
-// anywhere in the first two lines or none, each at the end of a block of its exact size.
+// anywhere in the first two lines or none.
 TEST(codecs_simd, hex_codes_alike_from_every_position_in_a_cache_line)
 {
     std::mt19937 l_random(1664u);
@@ -233,16 +247,11 @@ TEST(codecs_simd, hex_codes_alike_from_every_position_in_a_cache_line)
             bytes l_room(l_shift + l_valid.size());
             internal::k_hex_encode.for_level(l_level)(reinterpret_cast<char *>(l_room.data() + l_shift), l_bytes.data(),
                                                       l_bytes.size());
-            ASSERT_TRUE(
-                std::equal(l_valid.begin(), l_valid.end(), l_room.begin() + static_cast<std::ptrdiff_t>(l_shift)))
+            ASSERT_TRUE(holds_at(l_room, l_shift, l_valid))
                 << "level " << static_cast<unsigned>(l_level) << ", room at " << l_shift;
         }
         for (std::size_t l_foreign_at = 0; l_foreign_at <= 128; ++l_foreign_at) {
-            bytes l_text(l_shift + l_valid.size());
-            std::copy(l_valid.begin(), l_valid.end(), l_text.begin() + static_cast<std::ptrdiff_t>(l_shift));
-            if (l_foreign_at < 128) {
-                l_text[l_shift + l_foreign_at] = k_hex_foreign[l_foreign_at % sizeof k_hex_foreign];
-            }
+            bytes const l_text = text_at(l_valid, l_shift, l_foreign_at, k_hex_foreign);
             unsigned char const *const l_at = l_text.data() + l_shift;
             bytes l_expected(l_bytes.size());
             internal::k_hex_decode.for_level(simd_level::scalar)(l_expected.data(), l_at, l_expected.size());
