@@ -48,6 +48,10 @@ extern dispatch<base64_prefix_kernel> const k_base64_decode_prefix;
 extern dispatch<base64_prefix_kernel> const k_base64url_decode_prefix;
 extern dispatch<hex_encode_kernel> const k_hex_encode;
 extern dispatch<hex_decode_kernel> const k_hex_decode;
+// The AVX-512 hex decoder of a processor without VBMI, which checks the digits by their ranges; on
+// one with VBMI the level's decoder looks them up instead. For the tests, which hold both against
+// the scalar kernel wherever the processor runs AVX-512; null where the build has no x86 kernels.
+extern hex_decode_kernel const k_hex_decode_avx512_ranges;
 
 // The kernels of one alphabet: the encoder writes padding, the decoder is the lenient one.
 struct base64_kernels {

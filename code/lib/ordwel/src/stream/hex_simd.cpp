@@ -187,12 +187,20 @@ ORDWEL_TARGET("avx512f,avx512bw") ORDWEL_ALWAYS_INLINE bool values_of_digits_512
     return true;
 }
 
-ORDWEL_TARGET("avx512f,avx512bw")
-void hex_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+// The 64 bytes of two vectors of digit values, in order.
+ORDWEL_TARGET("avx512f,avx512bw") ORDWEL_ALWAYS_INLINE __m512i bytes_of_values_512(__m512i a_first, __m512i a_second)
 {
     __m512i const l_weights = _mm512_set1_epi16(0x0110);
     // The pack works per lane: its 64-bit quarters come out in the order 0, 2, 4, 6, 1, 3, 5, 7.
     __m512i const l_order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    __m512i const l_bytes =
+        _mm512_packus_epi16(_mm512_maddubs_epi16(a_first, l_weights), _mm512_maddubs_epi16(a_second, l_weights));
+    return _mm512_permutexvar_epi64(l_order, l_bytes);
+}
+
+ORDWEL_TARGET("avx512f,avx512bw")
+void hex_decode_avx512bw(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
     std::size_t l_index = 0;
     for (; a_count - l_index >= 64; l_index += 64) {
         unsigned char const *const l_in = a_text + 2 * l_index;
@@ -202,11 +210,68 @@ void hex_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::s
             !values_of_digits_512(_mm512_loadu_si512(l_in + 64), l_second)) {
             break;
         }
-        __m512i const l_bytes =
-            _mm512_packus_epi16(_mm512_maddubs_epi16(l_first, l_weights), _mm512_maddubs_epi16(l_second, l_weights));
-        _mm512_storeu_si512(a_out + l_index, _mm512_permutexvar_epi64(l_order, l_bytes));
+        _mm512_storeu_si512(a_out + l_index, bytes_of_values_512(l_first, l_second));
     }
     hex_decode_avx2(a_out + l_index, a_text + 2 * l_index, a_count - l_index);
+}
+
+// Each character 0 to 127 as the value of its digit, 0x80 where it is none: the 128 entries of
+// vpermi2b, so that one look-up both checks and converts 64 digits.
+struct vbmi_digit_values {
+    unsigned char m_values[128];
+};
+
+constexpr vbmi_digit_values vbmi_digit_values_new()
+{
+    vbmi_digit_values l_table{};
+    for (unsigned l_char = 0; l_char < 128; ++l_char) {
+        l_table.m_values[l_char] = 0x80;
+    }
+    for (unsigned l_value = 0; l_value < 16; ++l_value) {
+        l_table.m_values[static_cast<unsigned char>("0123456789abcdef"[l_value])] = static_cast<unsigned char>(l_value);
+        l_table.m_values[static_cast<unsigned char>("0123456789ABCDEF"[l_value])] = static_cast<unsigned char>(l_value);
+    }
+    return l_table;
+}
+
+constexpr vbmi_digit_values k_vbmi_digit_values = vbmi_digit_values_new();
+
+// The values of 64 digits through the table; false if one of them is no digit (its table entry,
+// or for a byte above 127 the byte itself, has the top bit set).
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+ORDWEL_ALWAYS_INLINE bool values_of_digits_vbmi(__m512i a_low, __m512i a_high, __m512i a_chars, __m512i &a_values)
+{
+    a_values = _mm512_permutex2var_epi8(a_low, a_chars, a_high);
+    return _mm512_movepi8_mask(_mm512_or_si512(a_chars, a_values)) == 0;
+}
+
+ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
+void hex_decode_vbmi(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
+    __m512i const l_low = _mm512_loadu_si512(k_vbmi_digit_values.m_values);
+    __m512i const l_high = _mm512_loadu_si512(k_vbmi_digit_values.m_values + 64);
+    std::size_t l_index = 0;
+    for (; a_count - l_index >= 64; l_index += 64) {
+        unsigned char const *const l_in = a_text + 2 * l_index;
+        __m512i l_first;
+        __m512i l_second;
+        if (!values_of_digits_vbmi(l_low, l_high, _mm512_loadu_si512(l_in), l_first) ||
+            !values_of_digits_vbmi(l_low, l_high, _mm512_loadu_si512(l_in + 64), l_second)) {
+            break;
+        }
+        _mm512_storeu_si512(a_out + l_index, bytes_of_values_512(l_first, l_second));
+    }
+    hex_decode_avx2(a_out + l_index, a_text + 2 * l_index, a_count - l_index);
+}
+
+// The AVX-512 level does not promise VBMI; without it the digits are checked by their ranges.
+void hex_decode_avx512(unsigned char *a_out, unsigned char const *a_text, std::size_t a_count)
+{
+    if (cpu_features_detected().m_avx512vbmi) {
+        hex_decode_vbmi(a_out, a_text, a_count);
+    } else {
+        hex_decode_avx512bw(a_out, a_text, a_count);
+    }
 }
 
 #endif
@@ -218,9 +283,11 @@ dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar, &hex_encode_s
                                                &hex_encode_avx512};
 dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar, &hex_decode_sse41, &hex_decode_avx2,
                                                &hex_decode_avx512};
+hex_decode_kernel const k_hex_decode_avx512_ranges = &hex_decode_avx512bw;
 #else
 dispatch<hex_encode_kernel> const k_hex_encode{&hex_encode_scalar};
 dispatch<hex_decode_kernel> const k_hex_decode{&hex_decode_scalar};
+hex_decode_kernel const k_hex_decode_avx512_ranges = nullptr;
 #endif
 
 } // namespace internal

@@ -60,6 +60,21 @@ bytes hex_decode(simd_level a_level, bytes const &a_text)
     return l_bytes;
 }
 
+// The hex decoders to hold against the scalar one: each level's from SSE4.1 up, and where the
+// processor runs AVX-512, the AVX-512 decoder of processors without VBMI as well.
+std::vector<internal::hex_decode_kernel> hex_decoders_here()
+{
+    std::vector<internal::hex_decode_kernel> l_kernels;
+    std::vector<simd_level> const l_levels = ordwel_test::simd_levels_here(simd_level::sse41);
+    for (simd_level const l_level : l_levels) {
+        l_kernels.push_back(internal::k_hex_decode.for_level(l_level));
+    }
+    if (!l_levels.empty() && l_levels.back() == simd_level::avx512 && internal::k_hex_decode_avx512_ranges != nullptr) {
+        l_kernels.push_back(internal::k_hex_decode_avx512_ranges);
+    }
+    return l_kernels;
+}
+
 // Every kernel of each codec gives the scalar kernel's bytes for a_input.
 void expect_base64_decoders_agree(bytes const &a_text)
 {
@@ -73,9 +88,11 @@ void expect_base64_decoders_agree(bytes const &a_text)
 void expect_hex_decoders_agree(bytes const &a_text)
 {
     bytes const l_expected = hex_decode(simd_level::scalar, a_text);
-    for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
-        ASSERT_EQ(hex_decode(l_level, a_text), l_expected)
-            << "level " << static_cast<unsigned>(l_level) << ", text of " << a_text.size();
+    std::vector<internal::hex_decode_kernel> const l_kernels = hex_decoders_here();
+    for (std::size_t l_kernel = 0; l_kernel < l_kernels.size(); ++l_kernel) {
+        bytes l_bytes(a_text.size() / 2);
+        l_kernels[l_kernel](l_bytes.data(), a_text.data(), l_bytes.size());
+        ASSERT_EQ(l_bytes, l_expected) << "kernel " << l_kernel << ", text of " << a_text.size();
     }
 }
 
@@ -255,11 +272,12 @@ TEST(codecs_simd, hex_codes_alike_from_every_position_in_a_cache_line)
             unsigned char const *const l_at = l_text.data() + l_shift;
             bytes l_expected(l_bytes.size());
             internal::k_hex_decode.for_level(simd_level::scalar)(l_expected.data(), l_at, l_expected.size());
-            for (simd_level const l_level : ordwel_test::simd_levels_here(simd_level::sse41)) {
+            std::vector<internal::hex_decode_kernel> const l_kernels = hex_decoders_here();
+            for (std::size_t l_kernel = 0; l_kernel < l_kernels.size(); ++l_kernel) {
                 bytes l_decoded(l_bytes.size());
-                internal::k_hex_decode.for_level(l_level)(l_decoded.data(), l_at, l_decoded.size());
-                ASSERT_EQ(l_decoded, l_expected) << "level " << static_cast<unsigned>(l_level) << ", text at "
-                                                 << l_shift << ", foreign character at " << l_foreign_at;
+                l_kernels[l_kernel](l_decoded.data(), l_at, l_decoded.size());
+                ASSERT_EQ(l_decoded, l_expected)
+                    << "kernel " << l_kernel << ", text at " << l_shift << ", foreign character at " << l_foreign_at;
             }
         }
     }
