@@ -251,6 +251,22 @@ void hex_decode_vbmi(unsigned char *a_out, unsigned char const *a_text, std::siz
     __m512i const l_low = _mm512_loadu_si512(k_vbmi_digit_values.m_values);
     __m512i const l_high = _mm512_loadu_si512(k_vbmi_digit_values.m_values + 64);
     std::size_t l_index = 0;
+    // A 64-byte load that spans two cache lines costs about a third more. Digits that start at an
+    // even place within their line, as text in an allocated block does, first decode up to the
+    // next line with a masked load and store, and the loop's loads then start on a line each. A
+    // head with a foreign byte is left to the code after the loop.
+    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(a_text) % 64;
+    if (l_into_line != 0 && l_into_line % 2 == 0 && a_count >= 96) {
+        std::size_t const l_head = (64 - l_into_line) / 2;
+        __mmask64 const l_lanes = (std::uint64_t(1) << (2 * l_head)) - 1;
+        __m512i const l_chars = _mm512_maskz_loadu_epi8(l_lanes, a_text);
+        __m512i const l_values = _mm512_permutex2var_epi8(l_low, l_chars, l_high);
+        if ((_mm512_movepi8_mask(_mm512_or_si512(l_chars, l_values)) & l_lanes) == 0) {
+            _mm512_mask_storeu_epi8(a_out, (std::uint64_t(1) << l_head) - 1,
+                                    bytes_of_values_512(l_values, _mm512_setzero_si512()));
+            l_index = l_head;
+        }
+    }
     for (; a_count - l_index >= 64; l_index += 64) {
         unsigned char const *const l_in = a_text + 2 * l_index;
         __m512i l_first;
