@@ -367,12 +367,11 @@ std::size_t base64_encode_vbmi(char *a_out, unsigned char const *a_bytes, std::s
     unsigned char const *l_in = a_bytes;
     unsigned char const *const l_end = a_bytes + a_size;
     char *l_out = a_out;
-    // A 64-byte store that spans two cache lines costs about a third more. Room that starts on a
-    // group boundary within its line, as an allocated block does, first takes the groups up to
-    // the next line with a masked load and store, and the loop's stores then fill a line each.
-    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(l_out) % 64;
-    if (l_into_line != 0 && l_into_line % 4 == 0 && a_size >= 96) {
-        std::size_t const l_head = 64 - l_into_line;
+    // Room that starts on a group boundary within its line, as an allocated block does, first
+    // takes the groups up to the next line with a masked load and store, and the loop's stores
+    // then fill a line each.
+    std::size_t const l_head = bytes_to_next_line(l_out, 4);
+    if (l_head != 0 && a_size >= 96) {
         __m512i const l_bytes = _mm512_maskz_loadu_epi8((std::uint64_t(1) << (l_head / 4 * 3)) - 1, l_in);
         _mm512_mask_storeu_epi8(l_out, (std::uint64_t(1) << l_head) - 1, vbmi_encode_block(l_tables, l_bytes));
         l_in += l_head / 4 * 3;
@@ -422,13 +421,12 @@ std::size_t base64_prefix_vbmi(unsigned char *a_out, unsigned char const *a_text
     unsigned char const *l_in = a_text;
     unsigned char const *const l_end = a_text + a_size;
     unsigned char *l_out = a_out;
-    // A 64-byte load that spans two cache lines costs about a third more. A text that starts on a
-    // group boundary within its line, as text in an allocated block does, first decodes the
-    // groups up to the next line with a masked load and store, and the loop's loads then start
-    // on a line each. A head with a foreign character is left to the code below, as a block is.
-    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(l_in) % 64;
-    if (l_into_line != 0 && l_into_line % 4 == 0 && a_size >= 128) {
-        std::size_t const l_head = 64 - l_into_line;
+    // A text that starts on a group boundary within its line, as text in an allocated block does,
+    // first decodes the groups up to the next line with a masked load and store, and the loop's
+    // loads then start on a line each. A head with a foreign character is left to the code
+    // below, as a block is.
+    std::size_t const l_head = bytes_to_next_line(l_in, 4);
+    if (l_head != 0 && a_size >= 128) {
         __mmask64 const l_chars_mask = (std::uint64_t(1) << l_head) - 1;
         __mmask64 l_foreign = 0;
         __m512i const l_bytes = vbmi_decode_block(l_tables, _mm512_maskz_loadu_epi8(l_chars_mask, l_in), l_foreign);

@@ -3,6 +3,7 @@
 #define ORDWEL_SRC_STREAM_CODEC_KERNELS_H
 
 #include <cstddef>
+#include <cstdint>
 
 #include <ordwel/base64.h>
 
@@ -18,6 +19,16 @@
 
 namespace ordwel {
 namespace internal {
+
+// The bytes from a_at up to the next cache line, where a vector kernel takes a head first so that
+// its 64-byte loads or stores then start on a line each (one that spans two lines costs about a
+// third more): 0 when a_at starts a line, or lies within its line at no multiple of a_group, the
+// size of the kernel's whole group (4 characters of Base64, 2 digits of hex).
+inline std::size_t bytes_to_next_line(void const *a_at, std::size_t a_group)
+{
+    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(a_at) % 64;
+    return l_into_line % a_group == 0 && l_into_line != 0 ? 64 - l_into_line : 0;
+}
 
 // Writes the (a_size + 2) / 3 × 4 characters of a_bytes to a_out; gives that count.
 using base64_encode_kernel = std::size_t (*)(char *a_out, unsigned char const *a_bytes, std::size_t a_size);

@@ -156,12 +156,12 @@ ORDWEL_TARGET("avx512f,avx512bw") void hex_encode_avx512(char *a_out, unsigned c
     std::size_t l_index = 0;
     __m512i l_first;
     __m512i l_second;
-    // A 64-byte store that spans two cache lines costs about a third more. Room that starts at an
-    // even place within its line, as an allocated block does, first takes the digits up to the
-    // next line with a masked load and store, and the loop's stores then fill a line each.
-    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(a_out) % 64;
-    if (l_into_line != 0 && l_into_line % 2 == 0 && a_size >= 96) {
-        l_index = (64 - l_into_line) / 2;
+    // Room that starts at an even place within its line, as an allocated block does, first takes
+    // the digits up to the next line with a masked load and store, and the loop's stores then
+    // fill a line each.
+    std::size_t const l_head = bytes_to_next_line(a_out, 2);
+    if (l_head != 0 && a_size >= 96) {
+        l_index = l_head / 2;
         digits_of_bytes_512(_mm512_maskz_loadu_epi8((std::uint64_t(1) << l_index) - 1, a_bytes), l_first, l_second);
         _mm512_mask_storeu_epi8(a_out, (std::uint64_t(1) << (2 * l_index)) - 1, l_first);
     }
@@ -236,13 +236,14 @@ constexpr vbmi_digit_values vbmi_digit_values_new()
 
 constexpr vbmi_digit_values k_vbmi_digit_values = vbmi_digit_values_new();
 
-// The values of 64 digits through the table; false if one of them is no digit (its table entry,
-// or for a byte above 127 the byte itself, has the top bit set).
+// The values of the digits through the table; false if one in the lanes a_lanes is no digit (its
+// table entry, or for a byte above 127 the byte itself, has the top bit set).
 ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
-ORDWEL_ALWAYS_INLINE bool values_of_digits_vbmi(__m512i a_low, __m512i a_high, __m512i a_chars, __m512i &a_values)
+ORDWEL_ALWAYS_INLINE bool values_of_digits_vbmi(__m512i a_low, __m512i a_high, __m512i a_chars, __mmask64 a_lanes,
+                                                __m512i &a_values)
 {
     a_values = _mm512_permutex2var_epi8(a_low, a_chars, a_high);
-    return _mm512_movepi8_mask(_mm512_or_si512(a_chars, a_values)) == 0;
+    return (_mm512_movepi8_mask(_mm512_or_si512(a_chars, a_values)) & a_lanes) == 0;
 }
 
 ORDWEL_TARGET("avx512f,avx512bw,avx512vbmi")
@@ -251,17 +252,15 @@ void hex_decode_vbmi(unsigned char *a_out, unsigned char const *a_text, std::siz
     __m512i const l_low = _mm512_loadu_si512(k_vbmi_digit_values.m_values);
     __m512i const l_high = _mm512_loadu_si512(k_vbmi_digit_values.m_values + 64);
     std::size_t l_index = 0;
-    // A 64-byte load that spans two cache lines costs about a third more. Digits that start at an
-    // even place within their line, as text in an allocated block does, first decode up to the
-    // next line with a masked load and store, and the loop's loads then start on a line each. A
-    // head with a foreign byte is left to the code after the loop.
-    std::size_t const l_into_line = reinterpret_cast<std::uintptr_t>(a_text) % 64;
-    if (l_into_line != 0 && l_into_line % 2 == 0 && a_count >= 96) {
-        std::size_t const l_head = (64 - l_into_line) / 2;
-        __mmask64 const l_lanes = (std::uint64_t(1) << (2 * l_head)) - 1;
-        __m512i const l_chars = _mm512_maskz_loadu_epi8(l_lanes, a_text);
-        __m512i const l_values = _mm512_permutex2var_epi8(l_low, l_chars, l_high);
-        if ((_mm512_movepi8_mask(_mm512_or_si512(l_chars, l_values)) & l_lanes) == 0) {
+    // Digits that start at an even place within their line, as text in an allocated block does,
+    // first decode up to the next line with a masked load and store, and the loop's loads then
+    // start on a line each. A head with a foreign byte is left to the code after the loop.
+    std::size_t const l_head_digits = bytes_to_next_line(a_text, 2);
+    if (l_head_digits != 0 && a_count >= 96) {
+        std::size_t const l_head = l_head_digits / 2;
+        __mmask64 const l_lanes = (std::uint64_t(1) << l_head_digits) - 1;
+        __m512i l_values;
+        if (values_of_digits_vbmi(l_low, l_high, _mm512_maskz_loadu_epi8(l_lanes, a_text), l_lanes, l_values)) {
             _mm512_mask_storeu_epi8(a_out, (std::uint64_t(1) << l_head) - 1,
                                     bytes_of_values_512(l_values, _mm512_setzero_si512()));
             l_index = l_head;
@@ -271,8 +270,8 @@ void hex_decode_vbmi(unsigned char *a_out, unsigned char const *a_text, std::siz
         unsigned char const *const l_in = a_text + 2 * l_index;
         __m512i l_first;
         __m512i l_second;
-        if (!values_of_digits_vbmi(l_low, l_high, _mm512_loadu_si512(l_in), l_first) ||
-            !values_of_digits_vbmi(l_low, l_high, _mm512_loadu_si512(l_in + 64), l_second)) {
+        if (!values_of_digits_vbmi(l_low, l_high, _mm512_loadu_si512(l_in), ~__mmask64(0), l_first) ||
+            !values_of_digits_vbmi(l_low, l_high, _mm512_loadu_si512(l_in + 64), ~__mmask64(0), l_second)) {
             break;
         }
         _mm512_storeu_si512(a_out + l_index, bytes_of_values_512(l_first, l_second));
