@@ -162,7 +162,12 @@ private:
     mutex m_calls_mutex;
     link_list m_exit_calls;
     std::atomic<bool> m_exited;
-    std::set<std::string> m_unique_ids;
+    // Counts the owner's takes of m_calls: a producer that sees no change for many of its own
+    // calls gives way to other threads now and then (see add_call). Every producer reads it and
+    // the owner writes it once per take, so it has a cache line of its own, apart from m_exited
+    // and from the owner's own fields below, which change with every call.
+    alignas(64) std::atomic<unsigned> m_takes;
+    alignas(64) std::set<std::string> m_unique_ids;
     /// The owner's alone: the objects whose calls run further up its stack. A call that drains the
     /// queue itself may meet its own object again in the nested run; the owner holds that object's
     /// mutex already and must not take it a second time.

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <new>
 
+#include "core/prefetch.h"
+
 // Under the address sanitizer a free block is poisoned but for its links, so that a use of a freed
 // object is still reported.
 #if defined(__has_feature)
@@ -158,6 +160,11 @@ void *take(std::size_t a_size)
     ORDWEL_SHELF_UNPOISON(l_block, l_size);
     l_stash.m_heads[l_index] = l_block->m_next;
     --l_stash.m_counts[l_index];
+    // The blocks of a batch were freed on another thread, as a rule, and are still in its cache:
+    // the next one is asked for now, so that it has come by the next take.
+    if (l_block->m_next != nullptr) {
+        internal::prefetch_for_writing(l_block->m_next);
+    }
     return l_block;
 }
 

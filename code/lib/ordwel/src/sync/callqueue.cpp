@@ -62,8 +62,38 @@ private:
     std::size_t m_next = 0;
 };
 
-// The places that this thread queued last.
-thread_local recent_places t_recent;
+// What a thread keeps of its own calls: the places it queued last, and how many calls it has
+// added since it last saw the owner take the list.
+struct producer_marks {
+    recent_places m_recent;
+    unsigned m_takes_seen = 0;
+    unsigned m_calls_since_take = 0;
+};
+
+thread_local producer_marks t_marks;
+
+// A producer may hand over calls faster than the owner runs them, and when busy threads outnumber
+// the processors, the scheduler shares a processor between the owner and the producers: the more
+// producers, the smaller the owner's share, and the list grows while the owner waits for its turn.
+// So a producer that has added k_calls_before_giving_way calls without seeing the owner take the
+// list lets the threads that wait for its processor go first, at every k_calls_per_giving_way-th
+// call from then on. It never waits: with nothing else to run, the yield returns at once.
+unsigned const k_calls_before_giving_way = 256;
+unsigned const k_calls_per_giving_way = 16;
+
+void give_way_to_a_lagging_owner(std::atomic<unsigned> const &a_takes, producer_marks &a_marks)
+{
+    unsigned const l_takes = a_takes.load(std::memory_order_relaxed);
+    if (l_takes != a_marks.m_takes_seen) {
+        a_marks.m_takes_seen = l_takes;
+        a_marks.m_calls_since_take = 0;
+        return;
+    }
+    unsigned const l_calls = ++a_marks.m_calls_since_take;
+    if (l_calls >= k_calls_before_giving_way && l_calls % k_calls_per_giving_way == 0) {
+        std::this_thread::yield();
+    }
+}
 
 // Asks for the line of a place noted by recent_places, if any: only an address, never read through.
 void prefetch_place(std::uintptr_t a_place) noexcept
@@ -254,7 +284,8 @@ private:
 };
 
 callqueue::callqueue()
-    : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exited(false), m_unique_ids(), m_running(), m_empty_runs(0)
+    : m_calls(), m_calls_mutex(false), m_exit_calls(), m_exited(false), m_takes(0), m_unique_ids(), m_running(),
+      m_empty_runs(0)
 {
     s_owner = pthread_self();
 }
@@ -308,10 +339,13 @@ void callqueue::write_id(callqueue_object &a_call, std::string const &a_id)
 
 // The place's link is written before the swap publishes it, and the swap releases it to the owner's
 // exchange. A swap that fails only means that another producer came first; the place is then put in
-// front of that one.
+// front of that one. The head's line is asked for ready for writing before it is read: the line
+// comes from another core as a rule, and a plain read would fetch it shared, leaving the swap to
+// fetch it a second time.
 void callqueue::link_list::push(link &a_link)
 {
-    a_link.m_older = t_recent.note(&a_link);
+    internal::prefetch_for_writing(&m_head);
+    a_link.m_older = t_marks.m_recent.note(&a_link);
     link *l_head = m_head.load(std::memory_order_relaxed);
     do {
         a_link.m_next = l_head;
@@ -389,6 +423,8 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_call, std::string cons
             l_call.wait();
         }
         return;
+    } else {
+        give_way_to_a_lagging_owner(m_takes, t_marks);
     }
     link &l_link = place_for(l_call);
     l_link.m_call = std::move(a_call);
@@ -484,6 +520,7 @@ void callqueue::run()
     // The pending calls move into a snapshot: calls added while these run wait for the next run,
     // and each reference goes when its call has ended.
     taken_calls l_calls(m_calls.take_in_order());
+    m_takes.store(m_takes.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
     // The end of one call, also when the owner's thread leaves by cancellation: under the
     // object's mutex the blocking caller's mark is set, or a call without a waiting caller gives
     // the plain signal. Once the mutex has gone, a caller's mark wakes every waiter of the object,

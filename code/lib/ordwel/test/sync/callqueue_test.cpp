@@ -395,6 +395,35 @@ TEST(callqueue, order_is_first_in_first_out_across_producers)
     }
 }
 
+// A producer far ahead of the owner gives way to other threads now and then, but never waits for
+// the owner: it hands over thousands of calls while the owner runs none, and they all run later,
+// in order.
+TEST(callqueue, producer_is_never_held_by_an_owner_that_does_not_run)
+{
+    int const k_calls = 5000;
+    std::vector<int> l_ran;
+    std::atomic<bool> l_done{false};
+    std::thread l_producer([&] {
+        for (int l_step = 0; l_step < k_calls; ++l_step) {
+            queue().add_call(make_call([&l_ran, l_step] { l_ran.push_back(l_step); }), "ahead", 0);
+        }
+        l_done = true;
+    });
+    auto const l_end = std::chrono::steady_clock::now() + 20s;
+    while (!l_done && std::chrono::steady_clock::now() < l_end) {
+        std::this_thread::sleep_for(1ms);
+    }
+    EXPECT_TRUE(l_done) << "the producer waited for the owner";
+    EXPECT_TRUE(l_ran.empty());
+    EXPECT_TRUE(run_until([&] { return l_done.load(); }));
+    l_producer.join();
+    queue().run();
+    ASSERT_EQ(l_ran.size(), static_cast<std::size_t>(k_calls));
+    for (std::size_t l_index = 0; l_index < l_ran.size(); ++l_index) {
+        ASSERT_EQ(l_ran[l_index], static_cast<int>(l_index));
+    }
+}
+
 // 8 producers hand over a mix of plain, blocking and unique calls while the owner drains the
 // queue. Every plain and blocking call runs exactly once, every unique id exactly once, and every
 // blocking caller comes back (a lost wake-up hangs it) only after its call has run.
